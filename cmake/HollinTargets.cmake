@@ -1,0 +1,37 @@
+# SPDX-License-Identifier: MIT
+# How every target of the project is built: warnings, hardening, sanitizers, and where programs land.
+
+set(HOLLIN_BUNDLE_DIR "${CMAKE_BINARY_DIR}/Hollin.app")  # hollin, hollin-cli and their resources
+set(HOLLIN_BIN_DIR "${CMAKE_BINARY_DIR}/bin")            # what an installation has on the path
+
+add_library(hollin_options INTERFACE)
+target_compile_options(hollin_options INTERFACE -Wall -Wextra -Wconversion
+  $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> $<$<BOOL:${HOLLIN_WERROR}>:-Werror>)
+target_include_directories(hollin_options INTERFACE "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}")
+if(HOLLIN_SANITIZE)
+  add_compile_options(-fsanitize=${HOLLIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${HOLLIN_SANITIZE})
+endif()
+
+# A static library of the project: hollin_library(name SOURCES a.cpp b.cpp [PUBLIC libraries] [PRIVATE libraries])
+function(hollin_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_link_libraries(${name} PUBLIC hollin_options ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+endfunction()
+
+# A test program, every case a CTest case in a process of its own: hollin_test(name SOURCES ... LIBRARIES ...
+# [LOCKS the things of the machine that only one case may use at a time])
+function(hollin_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LOCKS;ENVIRONMENT" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE hollin_options ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
+  set(properties TIMEOUT 120)
+  if(arg_LOCKS)
+    list(APPEND properties RESOURCE_LOCK ${arg_LOCKS})
+  endif()
+  if(arg_ENVIRONMENT)
+    list(APPEND properties ENVIRONMENT "${arg_ENVIRONMENT}")
+  endif()
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()

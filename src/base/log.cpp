@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "base/log.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "base/text.h"
+
+namespace hollin {
+namespace {
+
+LogFunction& Replacement() {
+  // Never destroyed: a worker may still log while the process exits.
+  static auto& function = *new LogFunction;
+  return function;
+}
+
+void WriteToSystemLog(const std::string& line) {
+  static const bool opened = (openlog("Hollin", LOG_PID, LOG_USER), true);
+  static_cast<void>(opened);
+  syslog(LOG_NOTICE, "%s", line.c_str());
+  if (isatty(STDERR_FILENO) == 0) return;
+  const std::string ended = line + "\n";
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, ended.data(), ended.size());
+}
+
+}  // namespace
+
+void Log(std::string_view text) {
+  const std::string line = EscapeControlCharacters(text);
+  if (Replacement()) return Replacement()(line);
+  WriteToSystemLog(line);
+}
+
+void SetLogFunction(LogFunction function) { Replacement() = std::move(function); }
+
+}  // namespace hollin

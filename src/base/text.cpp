@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include "base/text.h"
+
+#include <fmt/format.h>
+#include <utf8.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace hollin {
+namespace {
+
+bool IsBlank(char32_t c) {
+  return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
+         (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
+         c == 0x3000;
+}
+
+// C0, DEL, C1 and the two separators that a terminal or a log reader may take for a line end.
+bool IsControl(char32_t c) {
+  return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0x2028 || c == 0x2029;
+}
+
+char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+
+bool SameLetter(char a, char b) { return LowerAscii(a) == LowerAscii(b); }
+
+std::string ReplaceInvalidUtf8(std::string_view text) {
+  std::string valid;
+  utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid));
+  return valid;
+}
+
+}  // namespace
+
+bool IsValidUtf8(std::string_view text) { return utf8::is_valid(text.begin(), text.end()); }
+
+std::string_view Trim(std::string_view text) {
+  const char* begin = text.data();
+  const char* end = begin + text.size();
+  for (const char* next = begin; begin != end && IsBlank(utf8::unchecked::next(next));) {
+    begin = next;
+  }
+  for (const char* previous = end; begin != end && IsBlank(utf8::unchecked::prior(previous));) {
+    end = previous;
+  }
+  return {begin, static_cast<size_t>(end - begin)};
+}
+
+bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), SameLetter);
+}
+
+bool ContainsIgnoringCase(std::string_view text, std::string_view word) {
+  return std::search(text.begin(), text.end(), word.begin(), word.end(), SameLetter) != text.end();
+}
+
+std::string EscapeControlCharacters(std::string_view text) {
+  const std::string valid = ReplaceInvalidUtf8(text);
+  std::string escaped;
+  for (const char* at = valid.data(); at != valid.data() + valid.size();) {
+    const char* const start = at;
+    const char32_t c = utf8::unchecked::next(at);
+    if (IsControl(c)) {
+      escaped += fmt::format("\\x{:02X}", static_cast<uint32_t>(c));
+    } else {
+      escaped.append(start, at);
+    }
+  }
+  return escaped;
+}
+
+std::string TextOfField(std::string_view field) {
+  return ReplaceInvalidUtf8(field.substr(0, field.find('\0')));
+}
+
+}  // namespace hollin

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// Text is UTF-8 in std::string. What comes from a package or a file may be anything: these
+// functions bear it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace hollin {
+
+[[nodiscard]] bool IsValidUtf8(std::string_view text);
+
+// The text without the white space and line ends at both ends: U+0009 to U+000D, U+0085 and
+// Unicode's separators. Wants valid UTF-8. The answer points into `text`.
+[[nodiscard]] std::string_view Trim(std::string_view text);
+
+// Letters compare without regard to case in ASCII only: no other letter is folded onto one of a
+// keyword.
+[[nodiscard]] bool EqualsIgnoringCase(std::string_view a, std::string_view b);
+[[nodiscard]] bool ContainsIgnoringCase(std::string_view text, std::string_view word);
+
+// The text for a log line or a terminal: one line without control characters (they become \xNN);
+// what is not UTF-8 becomes U+FFFD.
+[[nodiscard]] std::string EscapeControlCharacters(std::string_view text);
+
+// The text of a NUL-padded field, up to its first NUL; what is not UTF-8 becomes U+FFFD.
+[[nodiscard]] std::string TextOfField(std::string_view field);
+
+}  // namespace hollin

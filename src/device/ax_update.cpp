@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+#include "device/ax_update.h"
+
+#include <utf8.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <limits>
+#include <utility>
+
+#include "base/text.h"
+#include "device/commands.h"
+#include "device/hid_device.h"
+
+namespace hollin {
+namespace {
+
+constexpr uint32_t kSumMask = 0xFFFF;
+
+// Numbers are read character by character, and a character is a code point.
+std::u32string CodePoints(std::string_view validText) {
+  std::u32string points;
+  utf8::unchecked::utf8to32(validText.begin(), validText.end(), std::back_inserter(points));
+  return points;
+}
+
+bool HexDigit(char32_t c, uint32_t& digit) {
+  if (c >= '0' && c <= '9') {
+    digit = c - '0';
+  } else if (c >= 'a' && c <= 'f') {
+    digit = c - 'a' + 10;
+  } else if (c >= 'A' && c <= 'F') {
+    digit = c - 'A' + 10;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// Deliberate: no check that a character is a digit; its distance from "0" counts, modulo 2^32.
+uint32_t SumOfDecimalDigits(std::u32string_view digits) {
+  uint32_t value = 0;
+  for (const char32_t c : digits) value = value * 10 + (static_cast<uint32_t>(c) - U'0');
+  return value;
+}
+
+}  // namespace
+
+AXUpdate::AXUpdate(std::string configPath, std::string imagePath)
+    : configPath(std::move(configPath)), imagePath(std::move(imagePath)) {}
+
+bool AXUpdate::RunStep(uint32_t /*index*/) { return true; }
+
+bool AXUpdate::EnterUpdateMode(int32_t retries) {
+  if (!Connect()) return false;
+  const Bytes command = ModeCommand(mode);
+  for (int32_t attempt = 0; attempt < retries; attempt++) {
+    if (Exchange(command, std::array{kModeEntered})) return true;
+  }
+  return false;
+}
+
+bool AXUpdate::Send(ByteView data) {
+  return HidDevice::SendMessage(data) || Fail(HidDevice::lastFailure);
+}
+
+bool AXUpdate::Receive(std::span<uint8_t> buffer) { return HidDevice::ReceiveMessage(buffer); }
+
+bool AXUpdate::Send(ByteView data, double /*timeOut*/) { return Send(data); }
+
+bool AXUpdate::Receive(std::span<uint8_t> buffer, double /*timeOut*/) { return Receive(buffer); }
+
+bool AXUpdate::VerifyRange(uint32_t address, uint32_t length, uint32_t expectedSum) {
+  return Exchange(VerifyCommand(address, length), VerifyReply(address, length, expectedSum));
+}
+
+bool AXUpdate::FinishUpdate(bool success) {
+  if (!Connect()) return false;
+  const Bytes command = EndCommand(success);
+  const bool acknowledged = Exchange(command, command);
+  HidDevice::Close();
+  return acknowledged;
+}
+
+uint32_t AXUpdate::ImageWordSum() const {
+  return image && imageLength > 0 ? SumWords(ImageView()) & kSumMask : 0;
+}
+
+uint32_t AXUpdate::WordSum(const uint8_t* data, int32_t length) {
+  if (data == nullptr || length < 1) return 0;
+  return SumWords({data, static_cast<size_t>(length)}) & kSumMask;
+}
+
+uint32_t AXUpdate::ByteSum(const uint8_t* data, int32_t length) {
+  if (data == nullptr || length < 1) return 0;
+  return SumBytes({data, static_cast<size_t>(length)}) & kSumMask;
+}
+
+bool AXUpdate::ParseNumber(std::string_view text, uint32_t& value) {
+  if (text.empty() || !IsValidUtf8(text)) return false;
+  const std::u32string untrimmed = CodePoints(text);
+  if (untrimmed.size() == 1) {
+    if (untrimmed[0] < U'0' || untrimmed[0] > U'9') return false;
+    value = untrimmed[0] - U'0';
+    return true;
+  }
+  std::string_view number = Trim(text);
+  if (CodePoints(number).size() < 2) return false;
+  const bool hasPrefix = EqualsIgnoringCase(number.substr(0, 2), "0x");
+  const bool hasSuffix = EqualsIgnoringCase(number.substr(number.size() - 1), "H");
+  if (!hasPrefix && !hasSuffix) return ParseDecimal(number, value);
+  if (hasPrefix) number.remove_prefix(2);
+  if (hasSuffix) number.remove_suffix(1);
+  return ParseHex(number, value);
+}
+
+bool AXUpdate::ParseHex(std::string_view digits, uint32_t& value) {
+  if (digits.empty()) return false;
+  value = 0;
+  for (const char c : digits) {
+    uint32_t digit = 0;
+    value *= 16;
+    if (!HexDigit(static_cast<unsigned char>(c), digit)) return false;
+    value += digit;
+  }
+  return true;
+}
+
+bool AXUpdate::ParseDecimal(std::string_view digits, uint32_t& value) {
+  if (digits.empty() || !IsValidUtf8(digits)) return false;
+  const std::u32string points = CodePoints(digits);
+  // Deliberate: M scales by 1024 like K, not by 1024 x 1024; descriptions are written for it.
+  if (points.find_first_of(U"KkMm") != std::u32string::npos) {
+    value = SumOfDecimalDigits(std::u32string_view(points).substr(0, points.size() - 1)) * 1024;
+  } else {
+    value = SumOfDecimalDigits(points);
+  }
+  return true;
+}
+
+bool AXUpdate::Connect() { return HidDevice::Connect(*this) || Fail(HidDevice::lastFailure); }
+
+bool AXUpdate::Exchange(ByteView command, ByteView expected, size_t compared, double timeOut) {
+  lastCommand.assign(command.begin(), command.end());
+  return Send(command, timeOut) && AwaitReply(expected, compared, timeOut);
+}
+
+bool AXUpdate::Exchange(ByteView command, ByteView expected, double timeOut) {
+  return Exchange(command, expected, expected.size(), timeOut);
+}
+
+bool AXUpdate::AwaitStatus(uint8_t status, double timeOut) {
+  return AwaitReply(std::array{status}, 1, timeOut);
+}
+
+bool AXUpdate::AwaitReply(ByteView expected, size_t compared, double timeOut) {
+  // A reply may end early: what did not arrive must not equal what is expected.
+  Bytes reply(expected.size());
+  std::transform(expected.begin(), expected.end(), reply.begin(),
+                 [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
+  if (!Receive(reply, timeOut)) return Fail(HidDevice::lastFailure, expected, reply);
+  const bool equal =
+      std::equal(reply.begin(), reply.begin() + static_cast<ptrdiff_t>(compared), expected.begin());
+  return equal || Fail(UpdateFailure::kWrongReply, expected, reply);
+}
+
+ByteView AXUpdate::ImageView() const { return {image.get(), static_cast<size_t>(imageLength)}; }
+
+bool AXUpdate::LoadImage() {
+  FileContents file;
+  if (!ReadWholeFile(imagePath, file) || file.size == 0) return false;
+  image = std::move(file.bytes);
+  imageLength = static_cast<int64_t>(file.size);
+  return true;
+}
+
+bool AXUpdate::SetStepCount(uint64_t count) {
+  if (count > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return false;
+  stepCount = static_cast<uint32_t>(count);
+  return true;
+}
+
+bool AXUpdate::Fail(UpdateFailure reason, ByteView expected, ByteView reply) {
+  if (observer != nullptr) {
+    observer->CommandFailed(
+        {.reason = reason, .command = lastCommand, .expected = expected, .reply = reply});
+  }
+  return false;
+}
+
+}  // namespace hollin

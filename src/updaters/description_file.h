@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+// The reader of all flash descriptions: the line grammar stands here once, and each kind of flash
+// brings a table from section names to ways of reading a line. docs/flash-descriptions.md holds the
+// syntax.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hollin {
+
+// What a reader noticed in a description.
+enum class DescriptionRemark {
+  kUnknownSection,   // a line in a section of no known name: ignored (`text` is the section)
+  kUnknownKey,       // a key that its section does not know: ignored (`text` is the key)
+  kUnclosedHeader,   // "[" without "]": fails
+  kOutsideSections,  // a line in no known section where that is not allowed: fails (`text` is the
+                     // section)
+  kNoEqualsSign,     // a line without "=" where one is needed: fails
+  kBadNumber,        // a value that is no number: fails (`text` is the value)
+};
+
+struct DescriptionNote {
+  DescriptionRemark remark = DescriptionRemark::kUnknownSection;
+  size_t line = 0;        // physical line of the file, from 1
+  std::string_view text;  // valid during the call only
+};
+
+using DescriptionListener = std::function<void(const DescriptionNote&)>;
+
+// The listener of an update: writes "Unknown:%@" to the system log for each unknown section or key.
+void LogUnknown(const DescriptionNote& note);
+
+// What a way of reading says of one trimmed line: nothing when it was taken.
+struct LineProblem {
+  DescriptionRemark remark;
+  std::string_view text;
+};
+using LineReader = std::function<std::optional<LineProblem>(std::string_view line)>;
+
+// Ways of reading. Each keeps references to the fields it fills, and the last of several lines for
+// a field wins.
+LineReader WholeLine(std::string& field);         // the line itself, as text
+LineReader Numbers(std::vector<uint32_t>& list);  // one number a line, appended
+LineReader AnyKey(uint32_t& field);               // any key "=" number
+struct NamedField {                               // a key and the field that its value goes into
+  NamedField(std::string_view key, uint32_t& field) : key(key), number(&field) {}
+  NamedField(std::string_view key, std::optional<std::string>& field) : key(key), text(&field) {}
+
+  std::string_view key;  // a literal; compared without regard to case
+  uint32_t* number = nullptr;
+  std::optional<std::string>* text = nullptr;
+};
+LineReader NamedKeys(std::initializer_list<NamedField> fields);
+// As NamedKeys; other keys that contain "addr" go to `addresses`, those that contain "data" to
+// `data`. The address test comes first, and numbers in the keys say nothing: the order of the lines
+// counts.
+LineReader Cycles(std::initializer_list<NamedField> fields, std::vector<uint32_t>& addresses,
+                  std::vector<uint32_t>& data);
+
+struct DescriptionSection {
+  std::string_view name;  // a literal; compared without regard to case
+  LineReader read;
+};
+
+// In what the grammars of the flash kinds differ.
+struct DescriptionGrammar {
+  std::string_view comment;          // marks a comment line, beside ";"
+  bool unknownSectionFails = false;  // else such a line is noted and ignored
+};
+
+// Reads a description from memory. The text is taken in pieces of at most 99 bytes, as the keyboard
+// maker's tools always did: a longer line counts as several. A piece that is not UTF-8 counts as
+// empty and a NUL ends its piece. False at the first line that fails; fields read so far keep their
+// values. `listener` may be empty.
+[[nodiscard]] bool ReadDescription(std::string_view text, const DescriptionGrammar& grammar,
+                                   const std::vector<DescriptionSection>& sections,
+                                   const DescriptionListener& listener);
+
+}  // namespace hollin

@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: MIT
+#include "package/dat_file_examine.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include "base/file.h"
+#include "base/text.h"
+#include "updaters/a1_update.h"
+
+namespace hollin {
+namespace {
+
+using namespace package_layout;
+
+constexpr std::string_view kTempFolder = "/tmp/";
+constexpr int32_t kModeRetries = 5;
+constexpr std::string_view kNotConnected = "The TS30 is not connected.";
+
+// Copies a field of the package and terminates it; the field itself need not be.
+template <size_t size>
+void CopyField(ByteView file, size_t offset, std::array<char, size>& text) {
+  const ByteView field = file.subspan(offset, size - 1);
+  std::copy(field.begin(), field.end(), text.begin());
+  text.back() = '\0';
+}
+
+template <size_t size>
+std::string FieldText(const std::array<char, size>& text) {
+  return TextOfField({text.data(), text.size()});
+}
+
+bool IsSame(ByteView a, ByteView b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
+
+}  // namespace
+
+bool DatFileExamine::OpenDatFile(const std::string& path) {
+  datBuffer.reset();
+  fileLength = 0;
+  isFileReady = false;
+  filePath = path;
+  FileContents file;
+  if (!ReadWholeFile(path, file) || file.size == 0) return false;
+  datBuffer = std::move(file.bytes);
+  fileLength = static_cast<int64_t>(file.size);
+  return true;
+}
+
+bool DatFileExamine::ExamineDatFile() {
+  isFileReady = false;
+  Update1.reset();
+  Update2.reset();
+  if (!datBuffer || fileLength < 1) return false;
+  try {
+    isFileReady = Examine();
+  } catch (const std::exception&) {
+    isFileReady = false;  // out of memory: as good as a package that cannot be read
+  }
+  return isFileReady;
+}
+
+bool DatFileExamine::Examine() {
+  if (!ReadHeaders()) return false;
+  ReadTexts();
+  SetTempPaths();
+  if (!WriteTempFiles()) return false;
+  // Kept only when everything succeeded: half a package must never be run.
+  auto first = MakeUpdater(dataType1, cnfgPath1, dataPath1);
+  if (!first || !first->LoadFiles()) return false;
+  if (!HoldsPackage(*first, cnfgAddr1, cnfgLength1, dataAddr1, dataLength1)) return false;
+  std::unique_ptr<AXUpdate> second;
+  if (HasTwoPacks()) {
+    second = MakeUpdater(dataType2, cnfgPath2, dataPath2);
+    if (!second || !second->LoadFiles()) return false;
+    if (!HoldsPackage(*second, cnfgAddr2, cnfgLength2, dataAddr2, dataLength2)) return false;
+  }
+  const uint64_t steps = uint64_t{first->StepCount()} + (second ? second->StepCount() : 0);
+  if (steps > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return false;
+  Update1 = std::move(first);
+  Update2 = std::move(second);
+  return true;
+}
+
+bool DatFileExamine::ReadHeaders() {
+  PackageHeaders headers;
+  const PackageVerdict verdict = CheckPackage(File(), headers);
+  countDataPack = headers.packCount;
+  const PackHeader& first = headers.packs[0];
+  dataType1 = first.dataType;
+  cnfgAddr1 = first.config.address;
+  cnfgLength1 = first.config.length;
+  dataAddr1 = first.data.address;
+  dataLength1 = first.data.length;
+  const PackHeader& second = headers.packs[1];
+  dataType2 = second.dataType;
+  cnfgAddr2 = second.config.address;
+  cnfgLength2 = second.config.length;
+  dataAddr2 = second.data.address;
+  dataLength2 = second.data.length;
+  return verdict.IsGood();
+}
+
+void DatFileExamine::ReadTexts() {
+  CopyField(File(), kKeys[0], key1);
+  CopyField(File(), kKeys[1], key2);
+  CopyField(File(), kKeys[2], key3);
+  CopyField(File(), kProductModel, productModel);
+  CopyField(File(), kFirmwareVersion, firmwareVersion);
+}
+
+void DatFileExamine::SetTempPaths() {
+  const std::string folder(kTempFolder);
+  cnfgPath1 = folder + "TEMP1.INI";
+  cnfgPath2 = folder + "TEMP2.INI";
+  dataPath1 = folder + "TEMP1.BIN";
+  dataPath2 = folder + "TEMP2.BIN";
+}
+
+bool DatFileExamine::WriteTempFiles() const {
+  if (!WriteTempFile(cnfgPath1, cnfgAddr1, cnfgLength1)) return false;
+  if (!WriteTempFile(dataPath1, dataAddr1, dataLength1)) return false;
+  if (!HasTwoPacks()) return true;
+  return WriteTempFile(cnfgPath2, cnfgAddr2, cnfgLength2) &&
+         WriteTempFile(dataPath2, dataAddr2, dataLength2);
+}
+
+bool DatFileExamine::WriteTempFile(const std::string& path, uint32_t offset,
+                                   uint32_t length) const {
+  if (!LiesInside(File(), offset, length)) return false;
+  return WriteOwnFile(path, RegionBytes(File(), offset, length));
+}
+
+std::unique_ptr<AXUpdate> DatFileExamine::MakeUpdater(uint32_t dataType,
+                                                      const std::string& cnfgPath,
+                                                      const std::string& dataPath) const {
+  std::unique_ptr<AXUpdate> updater;
+  switch (static_cast<uint16_t>(dataType)) {
+    case kTypeA1:
+      updater = std::make_unique<A1Update>(cnfgPath, dataPath);
+      break;
+    default:
+      return nullptr;
+  }
+  updater->observer = observer;
+  return updater;
+}
+
+// The temporary files went through a folder that others write to and through a disk that may be
+// full: what will be written to the keyboard must be what was checked.
+bool DatFileExamine::HoldsPackage(const AXUpdate& updater, uint32_t cnfgAddr, uint32_t cnfgLength,
+                                  uint32_t dataAddr, uint32_t dataLength) const {
+  const ByteView image{updater.image.get(), static_cast<size_t>(updater.imageLength)};
+  return IsSame(updater.description.View(), RegionBytes(File(), cnfgAddr, cnfgLength)) &&
+         IsSame(image, RegionBytes(File(), dataAddr, dataLength));
+}
+
+uint32_t DatFileExamine::PackByteSum(const uint8_t* bytes, int32_t length) {
+  return length < 1 ? 0 : PackageSum({bytes, static_cast<size_t>(length)});
+}
+
+std::string DatFileExamine::ProductModelText() const {
+  return isFileReady ? FieldText(productModel) : std::string();
+}
+
+std::string DatFileExamine::FirmwareVersionText() const {
+  return isFileReady ? FieldText(firmwareVersion) : std::string();
+}
+
+// Deliberate: the longest message that has a third name wins, even where the names before it are
+// empty.
+std::string DatFileExamine::NotConnectedMessage() const {
+  if (!isFileReady) return std::string(kNotConnected);
+  const std::string first = FieldText(key1);
+  const std::string second = FieldText(key2);
+  const std::string third = FieldText(key3);
+  std::string buttons;
+  if (!third.empty()) {
+    buttons = fmt::format(R"("{}" + "{}" + "{}")", first, second, third);
+  } else if (!second.empty()) {
+    buttons = fmt::format(R"("{}" and "{}")", first, second);
+  } else if (!first.empty()) {
+    buttons = fmt::format(R"("{}")", first);
+  } else {
+    return std::string(kNotConnected);
+  }
+  return fmt::format("{} Please hold down the {} \r\n buttons while powering on the TS30.",
+                     kNotConnected, buttons);
+}
+
+int32_t DatFileExamine::TotalStepCount() const {
+  if (!isFileReady) return 0;
+  const uint32_t second = HasTwoPacks() ? Update2->StepCount() : 0;
+  return static_cast<int32_t>(Update1->StepCount() + second);
+}
+
+bool DatFileExamine::RunUpdateStep(uint32_t step) {
+  if (!isFileReady) return false;
+  const bool isFirst = !HasTwoPacks() || step < Update1->StepCount();
+  AXUpdate& updater = isFirst ? *Update1 : *Update2;
+  const uint32_t local = isFirst ? step : step - Update1->StepCount();
+  if (local == 0) return updater.EnterUpdateMode(kModeRetries);
+  if (local == updater.StepCount() - 1) return updater.VerifyImage();
+  return updater.RunStep(local - 1);
+}
+
+// One end command for the whole update: the second updater shares the first one's link and gets
+// none of its own.
+bool DatFileExamine::EndUpdate(bool ok) { return isFileReady && Update1->FinishUpdate(ok); }
+
+void DatFileExamine::DeleteTempFiles() const {
+  RemoveOwnFile(cnfgPath1);
+  RemoveOwnFile(cnfgPath2);
+  RemoveOwnFile(dataPath1);
+  RemoveOwnFile(dataPath2);
+}
+
+}  // namespace hollin

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include "app/update_loop.h"
+
+#include <chrono>
+#include <exception>
+#include <string>
+
+#include "base/log.h"
+#include "base/pause.h"
+#include "package/dat_file_examine.h"
+
+namespace hollin {
+namespace {
+
+constexpr std::chrono::milliseconds kPauseAfterStep{500};
+
+// An operation that throws (out of memory) has failed like any other.
+template <typename Operation>
+bool Succeeds(const Operation& operation) {
+  try {
+    return operation();
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+bool RunSteps(DatFileExamine& datFile, const std::function<void(int32_t)>& progress) {
+  const int32_t count = datFile.TotalStepCount();
+  for (int32_t step = 0; step < count; step++) {
+    if (!datFile.RunUpdateStep(static_cast<uint32_t>(step))) return false;
+    Pause(kPauseAfterStep);
+    progress(step);
+    Log(std::to_string(step));
+  }
+  return true;
+}
+
+}  // namespace
+
+UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_t)>& progress) {
+  const bool succeeded =
+      datFile.IsFileReady() && Succeeds([&] { return RunSteps(datFile, progress); });
+  const bool acknowledged =
+      datFile.IsFileReady() && Succeeds([&] { return datFile.EndUpdate(succeeded); });
+  progress(succeeded ? kUpdateSucceeded : kUpdateFailed);
+  if (!succeeded) return UpdateOutcome::kFailed;
+  // Deliberate: the flash holds the verified image; a lost acknowledgement does not make that a
+  // failure.
+  if (!acknowledged) Log("The keyboard did not acknowledge the end of the update.");
+  return acknowledged ? UpdateOutcome::kSucceeded : UpdateOutcome::kSucceededUnacknowledged;
+}
+
+}  // namespace hollin

@@ -45,6 +45,8 @@ uint32_t SumOfDecimalDigits(std::u32string_view digits) {
   return value;
 }
 
+bool IsSame(ByteView a, ByteView b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
+
 }  // namespace
 
 AXUpdate::AXUpdate(std::string configPath, std::string imagePath)
@@ -141,28 +143,50 @@ bool AXUpdate::ParseDecimal(std::string_view digits, uint32_t& value) {
 
 bool AXUpdate::Connect() { return HidDevice::Connect(*this) || Fail(HidDevice::lastFailure); }
 
-bool AXUpdate::Exchange(ByteView command, ByteView expected, size_t compared, double timeOut) {
-  lastCommand.assign(command.begin(), command.end());
-  return Send(command, timeOut) && AwaitReply(expected, compared, timeOut);
+bool AXUpdate::ExchangePrefix(ByteView command, ByteView expected, size_t compared,
+                              double timeOut) {
+  return SendCommand(command, timeOut) &&
+         CompareReply(expected, compared, timeOut) == Comparison::kEqual;
 }
 
 bool AXUpdate::Exchange(ByteView command, ByteView expected, double timeOut) {
-  return Exchange(command, expected, expected.size(), timeOut);
+  return ExchangePrefix(command, expected, expected.size(), timeOut);
+}
+
+bool AXUpdate::SendUntilEchoed(ByteView command, int resends, double timeOut) {
+  for (int sent = 0; sent <= resends; sent++) {
+    if (!SendCommand(command, timeOut)) return false;
+    const Comparison echo = CompareReply(command, command.size(), timeOut);
+    if (echo != Comparison::kDifferent) return echo == Comparison::kEqual;
+  }
+  return false;
 }
 
 bool AXUpdate::AwaitStatus(uint8_t status, double timeOut) {
-  return AwaitReply(std::array{status}, 1, timeOut);
+  return CompareReply(std::array{status}, 1, timeOut) == Comparison::kEqual;
 }
 
-bool AXUpdate::AwaitReply(ByteView expected, size_t compared, double timeOut) {
+bool AXUpdate::SendCommand(ByteView command, double timeOut) {
+  lastCommand.assign(command.begin(), command.end());
+  return Send(command, timeOut);
+}
+
+bool AXUpdate::AwaitReply(std::span<uint8_t> reply, double timeOut) {
+  return Receive(reply, timeOut) || Fail(HidDevice::lastFailure);
+}
+
+AXUpdate::Comparison AXUpdate::CompareReply(ByteView expected, size_t compared, double timeOut) {
   // A reply may end early: what did not arrive must not equal what is expected.
   Bytes reply(expected.size());
   std::transform(expected.begin(), expected.end(), reply.begin(),
                  [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
-  if (!Receive(reply, timeOut)) return Fail(HidDevice::lastFailure, expected, reply);
-  const bool equal =
-      std::equal(reply.begin(), reply.begin() + static_cast<ptrdiff_t>(compared), expected.begin());
-  return equal || Fail(UpdateFailure::kWrongReply, expected, reply);
+  if (!Receive(reply, timeOut)) {
+    Fail(HidDevice::lastFailure, expected, reply);
+    return Comparison::kFailed;
+  }
+  if (IsSame(ByteView(reply).first(compared), expected.first(compared))) return Comparison::kEqual;
+  Fail(UpdateFailure::kWrongReply, expected, reply);
+  return Comparison::kDifferent;
 }
 
 ByteView AXUpdate::ImageView() const { return {image.get(), static_cast<size_t>(imageLength)}; }

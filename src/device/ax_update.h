@@ -87,12 +87,19 @@ class AXUpdate {
 
  protected:
   // Steps are told in these verbs. Replies are compared in full or in their first `compared` bytes,
-  // and a byte that the keyboard did not send never counts as equal.
+  // and a byte that the keyboard did not send never counts as equal. `timeOut` is as for Send.
   [[nodiscard]] bool Connect();
-  [[nodiscard]] bool Exchange(ByteView command, ByteView expected, size_t compared,
-                              double timeOut = 0);
-  [[nodiscard]] bool Exchange(ByteView command, ByteView expected, double timeOut = 0);
-  [[nodiscard]] bool AwaitStatus(uint8_t status, double timeOut = 0);
+  [[nodiscard]] bool ExchangePrefix(ByteView command, ByteView expected, size_t compared,
+                                    double timeOut = kNoTimeOut);
+  [[nodiscard]] bool Exchange(ByteView command, ByteView expected, double timeOut = kNoTimeOut);
+  // Sends a command until the reply echoes it, at most `resends` times more. Only a wrong echo is
+  // answered by sending again.
+  [[nodiscard]] bool SendUntilEchoed(ByteView command, int resends, double timeOut);
+  [[nodiscard]] bool AwaitStatus(uint8_t status, double timeOut = kNoTimeOut);
+  // A command by itself, and a reply by itself that is not compared here: `reply` is filled
+  // beforehand with bytes that mean nothing good.
+  [[nodiscard]] bool SendCommand(ByteView command, double timeOut);
+  [[nodiscard]] bool AwaitReply(std::span<uint8_t> reply, double timeOut);
 
   [[nodiscard]] ByteView ImageView() const;
   // Reads the whole image file; false when it cannot be read or is empty.
@@ -104,7 +111,10 @@ class AXUpdate {
   bool Fail(UpdateFailure reason, ByteView expected = {}, ByteView reply = {});
 
  private:
-  [[nodiscard]] bool AwaitReply(ByteView expected, size_t compared, double timeOut);
+  enum class Comparison { kEqual, kDifferent, kFailed };
+  [[nodiscard]] Comparison CompareReply(ByteView expected, size_t compared, double timeOut);
+
+  static constexpr double kNoTimeOut = 0;
 
   Bytes lastCommand;  // for the observer
 };

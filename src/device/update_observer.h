@@ -18,6 +18,9 @@ enum class UpdateFailure {
   kSendFailed,        // a report could not be sent
   kReceiveFailed,  // the keyboard went away while its reply was awaited, or the reply was malformed
   kWrongReply,     // a reply came, but not the expected one
+  kNotErased,      // a sector did not read back as erased in time
+  kFlashTooSmall,  // the flash that the keyboard reports cannot hold the image
+  kNoFreeSector,   // every sector of the flash is reserved
   kBeyondPlan,     // the step or its bytes lie outside what was planned; nothing was sent
 };
 

@@ -12,6 +12,8 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "updaters/a1_update.h"
+#include "updaters/a2_update.h"
+#include "updaters/c1_update.h"
 
 namespace hollin {
 namespace {
@@ -142,6 +144,12 @@ std::unique_ptr<AXUpdate> DatFileExamine::MakeUpdater(uint32_t dataType,
   switch (static_cast<uint16_t>(dataType)) {
     case kTypeA1:
       updater = std::make_unique<A1Update>(cnfgPath, dataPath);
+      break;
+    case kTypeA2:
+      updater = std::make_unique<A2Update>(cnfgPath, dataPath);
+      break;
+    case kTypeC1:
+      updater = std::make_unique<C1Update>(cnfgPath, dataPath);
       break;
     default:
       return nullptr;

@@ -144,6 +144,15 @@ LineReader AnyKey(uint32_t& field) {
   };
 }
 
+LineReader AnyKeyFlag(bool& field) {
+  return [&field](std::string_view line) {
+    uint32_t number = 0;
+    const auto problem = AnyKey(number)(line);
+    if (!problem) field = number != 0;
+    return problem;
+  };
+}
+
 LineReader NamedKeys(std::initializer_list<NamedField> fields) {
   return [known = std::vector(fields)](std::string_view line) -> std::optional<LineProblem> {
     const auto setting = SplitSetting(line);

@@ -48,6 +48,7 @@ using LineReader = std::function<std::optional<LineProblem>(std::string_view lin
 LineReader WholeLine(std::string& field);         // the line itself, as text
 LineReader Numbers(std::vector<uint32_t>& list);  // one number a line, appended
 LineReader AnyKey(uint32_t& field);               // any key "=" number
+LineReader AnyKeyFlag(bool& field);               // the same; true for a number other than 0
 struct NamedField {                               // a key and the field that its value goes into
   NamedField(std::string_view key, uint32_t& field) : key(key), number(&field) {}
   NamedField(std::string_view key, std::optional<std::string>& field) : key(key), text(&field) {}

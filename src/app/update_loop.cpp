@@ -42,7 +42,10 @@ UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_
       datFile.IsFileReady() && Succeeds([&] { return RunSteps(datFile, progress); });
   const bool acknowledged =
       datFile.IsFileReady() && Succeeds([&] { return datFile.EndUpdate(succeeded); });
-  progress(succeeded ? kUpdateSucceeded : kUpdateFailed);
+  static_cast<void>(Succeeds([&] {
+    progress(succeeded ? kUpdateSucceeded : kUpdateFailed);
+    return true;
+  }));
   if (!succeeded) return UpdateOutcome::kFailed;
   // Deliberate: the flash holds the verified image; a lost acknowledgement does not make that a
   // failure.

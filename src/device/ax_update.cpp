@@ -47,6 +47,14 @@ uint32_t SumOfDecimalDigits(std::u32string_view digits) {
 
 bool IsSame(ByteView a, ByteView b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
 
+// Closes the link at the end of a scope, even when memory runs out in it.
+struct LinkCloser {
+  LinkCloser() = default;
+  LinkCloser(const LinkCloser&) = delete;
+  LinkCloser& operator=(const LinkCloser&) = delete;
+  ~LinkCloser() { HidDevice::Close(); }
+};
+
 }  // namespace
 
 AXUpdate::AXUpdate(std::string configPath, std::string imagePath)
@@ -79,10 +87,9 @@ bool AXUpdate::VerifyRange(uint32_t address, uint32_t length, uint32_t expectedS
 
 bool AXUpdate::FinishUpdate(bool success) {
   if (!Connect()) return false;
+  const LinkCloser closer;
   const Bytes command = EndCommand(success);
-  const bool acknowledged = Exchange(command, command);
-  HidDevice::Close();
-  return acknowledged;
+  return Exchange(command, command);
 }
 
 uint32_t AXUpdate::ImageWordSum() const {

@@ -200,14 +200,19 @@ std::string DatFileExamine::NotConnectedMessage() const {
                      kNotConnected, buttons);
 }
 
+// Whether there is a package to run, with an updater for each of its packs.
+bool DatFileExamine::IsRunnable() const {
+  return isFileReady && Update1 && (Update2 || !HasTwoPacks());
+}
+
 int32_t DatFileExamine::TotalStepCount() const {
-  if (!isFileReady) return 0;
+  if (!IsRunnable()) return 0;
   const uint32_t second = HasTwoPacks() ? Update2->StepCount() : 0;
   return static_cast<int32_t>(Update1->StepCount() + second);
 }
 
 bool DatFileExamine::RunUpdateStep(uint32_t step) {
-  if (!isFileReady) return false;
+  if (!IsRunnable()) return false;
   const bool isFirst = !HasTwoPacks() || step < Update1->StepCount();
   AXUpdate& updater = isFirst ? *Update1 : *Update2;
   const uint32_t local = isFirst ? step : step - Update1->StepCount();
@@ -218,7 +223,7 @@ bool DatFileExamine::RunUpdateStep(uint32_t step) {
 
 // One end command for the whole update: the second updater shares the first one's link and gets
 // none of its own.
-bool DatFileExamine::EndUpdate(bool ok) { return isFileReady && Update1->FinishUpdate(ok); }
+bool DatFileExamine::EndUpdate(bool ok) { return IsRunnable() && Update1->FinishUpdate(ok); }
 
 void DatFileExamine::DeleteTempFiles() const {
   RemoveOwnFile(cnfgPath1);

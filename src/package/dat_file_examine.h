@@ -89,6 +89,7 @@ class DatFileExamine {
                                                       const std::string& dataPath) const;
   [[nodiscard]] bool HoldsPackage(const AXUpdate& updater, uint32_t cnfgAddr, uint32_t cnfgLength,
                                   uint32_t dataAddr, uint32_t dataLength) const;
+  [[nodiscard]] bool IsRunnable() const;
   [[nodiscard]] bool HasTwoPacks() const { return countDataPack == 2; }
   [[nodiscard]] ByteView File() const { return {datBuffer.get(), static_cast<size_t>(fileLength)}; }
 };

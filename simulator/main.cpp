@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+// ts30-simulator: one keyboard in its own process.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "base/file.h"
+#include "simulator/keyboard.h"
+#include "simulator/keyboard_option.h"
+#include "simulator/number.h"
+#include "simulator/report_server.h"
+
+namespace {
+
+using namespace hollin;
+using namespace hollin::simulator;
+
+constexpr uint64_t kLongestOptionFile = 1024 * 1024;
+
+struct Arguments {
+  std::string directory;
+  std::string vendorId = "1c3e";
+  std::string productId = "2b91";
+  std::vector<std::string> optionFiles;
+  std::vector<std::string> options;
+  std::vector<std::string> faults;
+  bool verbose = false;
+};
+
+std::string Help() {
+  std::string help = "Options of the keyboard (--option NAME=VALUE):\n";
+  for (const OptionDescription& option : OptionDescriptions()) {
+    help +=
+        "  " + std::string(option.name) + "=" + option.value + "\n      " + option.meaning + "\n";
+  }
+  help +=
+      "\nFaults (--fault NAME[=PARAMETER]@[h|c|r|o]INDEX[xTIMES]): from the INDEX-th report of "
+      "the\n"
+      "host (h or none), command (c), report of the keyboard (r) or open (o) on, at the first\n"
+      "occasion that suits, TIMES times (a number or \"always\"):\n";
+  for (const FaultDescription& fault : FaultDescriptions()) {
+    help += "  " + std::string(fault.name) + " @" + fault.moments + "\n      " + fault.meaning;
+    help += " (# is " + std::to_string(fault.parameter) + ")\n";
+  }
+  return help +
+         "\nSignals: SIGUSR1 unplugs the keyboard, SIGUSR2 plugs it in again, SIGTERM and SIGINT "
+         "end.\n";
+}
+
+int UsageError(const std::string& what) {
+  std::fprintf(stderr, "ts30-simulator: %s\n", what.c_str());
+  return 2;
+}
+
+bool ParseId(const std::string& text, uint16_t& id) {
+  uint64_t value = 0;
+  if (!ParseHex(text.starts_with("0x") ? text.substr(2) : text, 0xFFFF, value)) return false;
+  id = static_cast<uint16_t>(value);
+  return true;
+}
+
+bool ReadOptionFile(const std::string& path, KeyboardOptions& options, std::string& problem) {
+  FileContents contents;
+  problem = "cannot read " + path;
+  if (!ReadWholeFile(path, contents, kLongestOptionFile)) return false;
+  std::string badLine;
+  if (SetOptions(contents.Text(), options, badLine)) return true;
+  problem = path + ": not an option: " + badLine;
+  return false;
+}
+
+// False with the first problem in words.
+bool MakeOptions(const Arguments& arguments, KeyboardOptions& options, std::string& problem) {
+  problem = "ids are one to four hexadecimal digits";
+  if (!ParseId(arguments.vendorId, options.vendorId)) return false;
+  if (!ParseId(arguments.productId, options.productId)) return false;
+  for (const std::string& path : arguments.optionFiles) {
+    if (!ReadOptionFile(path, options, problem)) return false;
+  }
+  for (const std::string& option : arguments.options) {
+    problem = "not an option of the keyboard: " + option;
+    if (!SetOption(option, options)) return false;
+  }
+  for (const std::string& fault : arguments.faults) {
+    problem = "not a fault: " + fault;
+    if (!ParseFault(fault, options.faults.emplace_back())) return false;
+  }
+  options.realTime = true;
+  return true;
+}
+
+int Serve(const Arguments& arguments, const KeyboardOptions& options) {
+  Keyboard keyboard(options);
+  std::string failedFile;
+  if (!keyboard.KeepContents(failedFile)) {
+    return UsageError("cannot keep flash contents in " + failedFile + " (or it has another size)");
+  }
+  ReportServer server(keyboard, arguments.directory, arguments.verbose);
+  if (!server.Start()) {
+    std::fprintf(stderr, "ts30-simulator: cannot listen in %s\n", arguments.directory.c_str());
+    return 1;
+  }
+  std::printf("ready: keyboard %04x:%04x in %s\n", options.vendorId, options.productId,
+              arguments.directory.c_str());
+  std::fflush(stdout);
+  return server.Run() ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Arguments arguments;
+  CLI::App app("A TS30 keyboard in software, for programs that run with the stand-in for hidapi.");
+  app.footer(Help());
+  app.add_option("--dir", arguments.directory, "folder for the keyboard's socket")
+      ->envname(kDirectoryVariable)
+      ->required();
+  app.add_option("--vid", arguments.vendorId, "USB vendor id, hexadecimal")->capture_default_str();
+  app.add_option("--pid", arguments.productId, "USB product id, hexadecimal")
+      ->capture_default_str();
+  app.add_option("--options", arguments.optionFiles, "file with one NAME=VALUE a line");
+  app.add_option("--option", arguments.options, "one option of the keyboard, NAME=VALUE");
+  app.add_option("--fault", arguments.faults, "one fault to inject");
+  app.add_flag("--verbose", arguments.verbose, "print what the keyboard is asked");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+  KeyboardOptions options;
+  std::string problem;
+  if (!MakeOptions(arguments, options, problem)) return UsageError(problem);
+  return Serve(arguments, options);
+}

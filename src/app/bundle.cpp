@@ -15,7 +15,7 @@ std::string BundlePathOf(const std::string& executable) {
   constexpr std::string_view kSuffix = ".app";
   size_t end = executable.rfind('/');
   while (end != std::string::npos && end > 0) {
-    const std::string folder = executable.substr(0, end);
+    std::string folder = executable.substr(0, end);
     if (folder.ends_with(kSuffix)) return folder;
     end = executable.rfind('/', end - 1);
   }

@@ -29,8 +29,8 @@ bool Fail(UpdateFailure reason) {
 void FillReport(ByteView message, uint32_t offset, uint32_t chunk) {
   const Bytes header =
       Packet().U8(kReportMarker).U32(static_cast<uint32_t>(message.size())).U32(offset);
-  auto end = std::copy(header.begin(), header.end(), HidDevice::report.begin());
-  std::copy_n(message.begin() + offset, chunk, end);
+  std::copy(header.begin(), header.end(), HidDevice::report.begin());
+  std::copy_n(message.begin() + offset, chunk, HidDevice::report.begin() + kPayloadOffset);
 }
 
 // The number of bytes of the next report, negative when the device is gone.

@@ -34,6 +34,7 @@ class LinkTest : public ::testing::Test {
 
   // Opens the link and forgets how: what a case sees begins with its own calls.
   void OpenLink() {
+    HidDevice::Instance();
     ASSERT_TRUE(HidDevice::Open());
     hidapi.calls.clear();
   }

@@ -38,7 +38,7 @@ class FileTest : public ::testing::Test {
     if (RunsAsRoot()) {
       ASSERT_EQ(lchown(path.c_str(), kOrdinaryUser, kOrdinaryUser), 0);
     } else {
-      Calls().onUser = [] { return kOrdinaryUser; };
+      Calls().onUser = [] { return getuid() + 1; };
     }
   }
 

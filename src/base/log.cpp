@@ -17,13 +17,23 @@ LogFunction& Replacement() {
   return function;
 }
 
+LogFunction& Echo() {
+  static auto& function = *new LogFunction;  // never destroyed, like the replacement
+  return function;
+}
+
+void WriteToStandardError(const std::string& line) {
+  const std::string ended = line + "\n";
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, ended.data(), ended.size());
+}
+
 void WriteToSystemLog(const std::string& line) {
   static const bool opened = (openlog("Hollin", LOG_PID, LOG_USER), true);
   static_cast<void>(opened);
   syslog(LOG_NOTICE, "%s", line.c_str());
   if (isatty(STDERR_FILENO) == 0) return;
-  const std::string ended = line + "\n";
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, ended.data(), ended.size());
+  if (Echo()) return Echo()(line);
+  WriteToStandardError(line);
 }
 
 }  // namespace
@@ -35,5 +45,7 @@ void Log(std::string_view text) {
 }
 
 void SetLogFunction(LogFunction function) { Replacement() = std::move(function); }
+
+void SetLogEcho(LogFunction function) { Echo() = std::move(function); }
 
 }  // namespace hollin

@@ -19,4 +19,8 @@ void Log(std::string_view text);
 // to be called while another thread may log.
 void SetLogFunction(LogFunction function);
 
+// Replaces only the copy that a terminal on standard error gets, for a program that draws there; an
+// empty function brings the plain copy back. Not to be called while another thread may log.
+void SetLogEcho(LogFunction function);
+
 }  // namespace hollin

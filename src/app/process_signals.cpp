@@ -7,6 +7,8 @@ namespace hollin {
 
 void IgnoreFileSizeSignal() { static_cast<void>(std::signal(SIGXFSZ, SIG_IGN)); }
 
+void IgnoreBrokenPipeSignal() { static_cast<void>(std::signal(SIGPIPE, SIG_IGN)); }
+
 void BlockSignalsInThisThread() {
   sigset_t all;
   sigfillset(&all);

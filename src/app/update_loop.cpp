@@ -24,33 +24,39 @@ bool Succeeds(const Operation& operation) {
   }
 }
 
-bool RunSteps(DatFileExamine& datFile, const std::function<void(int32_t)>& progress) {
+UpdateOutcome RunSteps(DatFileExamine& datFile, const std::function<void(int32_t)>& progress,
+                       const std::function<bool()>& shouldStop) {
   const int32_t count = datFile.TotalStepCount();
   for (int32_t step = 0; step < count; step++) {
-    if (!datFile.RunUpdateStep(static_cast<uint32_t>(step))) return false;
+    if (step > 0 && shouldStop && shouldStop()) return UpdateOutcome::kStopped;
+    if (!datFile.RunUpdateStep(static_cast<uint32_t>(step))) return UpdateOutcome::kFailed;
     Pause(kPauseAfterStep);
     progress(step);
     Log(std::to_string(step));
   }
-  return true;
+  return UpdateOutcome::kSucceeded;
 }
 
 }  // namespace
 
-UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_t)>& progress) {
-  const bool succeeded =
-      datFile.IsFileReady() && Succeeds([&] { return RunSteps(datFile, progress); });
+UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_t)>& progress,
+                        const std::function<bool()>& shouldStop) {
+  UpdateOutcome outcome = UpdateOutcome::kFailed;
+  const bool succeeded = datFile.IsFileReady() && Succeeds([&] {
+                           outcome = RunSteps(datFile, progress, shouldStop);
+                           return outcome == UpdateOutcome::kSucceeded;
+                         });
   const bool acknowledged =
       datFile.IsFileReady() && Succeeds([&] { return datFile.EndUpdate(succeeded); });
   static_cast<void>(Succeeds([&] {
     progress(succeeded ? kUpdateSucceeded : kUpdateFailed);
     return true;
   }));
-  if (!succeeded) return UpdateOutcome::kFailed;
+  if (!succeeded || acknowledged) return outcome;
   // Deliberate: the flash holds the verified image; a lost acknowledgement does not make that a
   // failure.
-  if (!acknowledged) Log("The keyboard did not acknowledge the end of the update.");
-  return acknowledged ? UpdateOutcome::kSucceeded : UpdateOutcome::kSucceededUnacknowledged;
+  Log("The keyboard did not acknowledge the end of the update.");
+  return UpdateOutcome::kSucceededUnacknowledged;
 }
 
 }  // namespace hollin

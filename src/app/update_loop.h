@@ -19,11 +19,16 @@ enum class UpdateOutcome {
   kSucceededUnacknowledged,  // all steps succeeded, but the keyboard did not confirm the end
                              // command
   kFailed,
+  kStopped,  // ended between two steps because the caller wanted that
 };
 
 // Runs the update of a ready package and blocks until it has ended; `progress` is called on the
 // calling thread after every completed step and once, with one of the codes above, at the end. A
 // package that is not ready fails without a report being sent. Lets no exception out.
-UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_t)>& progress);
+//
+// `shouldStop`, if there is one, is asked between two steps; true ends the update there like a
+// failed step. Once the last step is done there is nothing left to stop.
+UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_t)>& progress,
+                        const std::function<bool()>& shouldStop = {});
 
 }  // namespace hollin

@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <exception>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -37,6 +36,16 @@ std::string FieldText(const std::array<char, size>& text) {
   return TextOfField({text.data(), text.size()});
 }
 
+// What throws (out of memory) has failed: as good as a package that cannot be read.
+template <typename Operation>
+bool Succeeds(const Operation& operation) {
+  try {
+    return operation();
+  } catch (...) {
+    return false;
+  }
+}
+
 bool IsSame(ByteView a, ByteView b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
 
 }  // namespace
@@ -45,9 +54,12 @@ bool DatFileExamine::OpenDatFile(const std::string& path) {
   datBuffer.reset();
   fileLength = 0;
   isFileReady = false;
-  filePath = path;
   FileContents file;
-  if (!ReadWholeFile(path, file) || file.size == 0) return false;
+  const bool isRead = Succeeds([&] {
+    filePath = path;
+    return ReadWholeFile(path, file);
+  });
+  if (!isRead || file.size == 0) return false;
   datBuffer = std::move(file.bytes);
   fileLength = static_cast<int64_t>(file.size);
   return true;
@@ -58,11 +70,7 @@ bool DatFileExamine::ExamineDatFile() {
   Update1.reset();
   Update2.reset();
   if (!datBuffer || fileLength < 1) return false;
-  try {
-    isFileReady = Examine();
-  } catch (const std::exception&) {
-    isFileReady = false;  // out of memory: as good as a package that cannot be read
-  }
+  isFileReady = Succeeds([this] { return Examine(); });
   return isFileReady;
 }
 

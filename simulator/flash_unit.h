@@ -46,8 +46,10 @@ class FlashUnit {
   FlashUnit& operator=(const FlashUnit&) = delete;
   virtual ~FlashUnit() = default;
 
-  // The mode command chose this unit, or the power went: whatever was under way is forgotten.
+  // The mode command chose this unit: the loader starts afresh. The chip goes on with what it does.
   virtual void Reset() {}
+  // The plug was pulled: what the chip was doing ends half-done.
+  virtual void LosePower() {}
   // A command that only this kind knows. False refuses it.
   virtual bool Execute(ByteView /*command*/, Replies& /*replies*/) { return false; }
   // A block header of 12 bytes. False refuses it; otherwise it is echoed and the data awaited.

@@ -6,17 +6,22 @@
 
 namespace hollin::simulator {
 
-Keyboard::Keyboard(KeyboardOptions options)
-    : options(std::move(options)), clock(this->options.realTime), faults(this->options.faults) {
-  auto a1Unit = std::make_unique<A1Flash>(this->options.a1);
-  a1 = a1Unit.get();
-  Add(std::move(a1Unit), this->options.a1.file);
-}
-
-void Keyboard::Add(std::unique_ptr<FlashUnit> unit, const std::string& file) {
+template <typename Unit, typename... Arguments>
+Unit* Keyboard::Add(const std::string& file, Arguments&&... arguments) {
+  auto unit = std::make_unique<Unit>(std::forward<Arguments>(arguments)...);
+  Unit* added = unit.get();
   units.push_back(std::move(unit));
   files.push_back(file);
+  return added;
 }
+
+Keyboard::Keyboard(KeyboardOptions given)
+    : options(std::move(given)),
+      clock(options.realTime),
+      faults(options.faults),
+      a1(Add<A1Flash>(options.a1.file, options.a1)),
+      a2(Add<A2Flash>(options.a2.file, options.a2, clock)),
+      c1(Add<C1Flash>(options.c1.file, options.c1, clock)) {}
 
 bool Keyboard::KeepContents(std::string& failedFile) {
   for (size_t i = 0; i < units.size(); i++) {
@@ -33,7 +38,11 @@ bool Keyboard::Open() {
   return !faults.Strikes(FaultKind::kOpenFails, record.counters);
 }
 
-void Keyboard::Unplug() { attached = false; }
+void Keyboard::Unplug() {
+  if (!attached) return;
+  attached = false;
+  for (auto& unit : units) unit->LosePower();
+}
 
 void Keyboard::Replug() {
   if (attached) return;

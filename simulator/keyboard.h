@@ -16,6 +16,8 @@
 
 #include "base/bytes.h"
 #include "simulator/a1_flash.h"
+#include "simulator/a2_flash.h"
+#include "simulator/c1_flash.h"
 #include "simulator/fault.h"
 #include "simulator/flash_unit.h"
 #include "simulator/host_message.h"
@@ -27,6 +29,8 @@ struct KeyboardOptions {
   uint16_t vendorId = 0x1C3E;
   uint16_t productId = 0x2B91;
   A1Profile a1;
+  A2Profile a2;
+  C1Profile c1;
   std::vector<Fault> faults;
   bool realTime = false;  // false: time passes only by PassTime
 };
@@ -50,7 +54,7 @@ struct KeyboardRecord {
 
 class Keyboard {
  public:
-  explicit Keyboard(KeyboardOptions options = {});
+  explicit Keyboard(KeyboardOptions given = {});
 
   // Moves the flash contents into the files that the options name. False, with the file's name,
   // when one cannot be used.
@@ -74,6 +78,8 @@ class Keyboard {
   [[nodiscard]] const KeyboardRecord& Record() const { return record; }
   [[nodiscard]] uint64_t FaultsStruck() const { return faults.Struck(); }
   [[nodiscard]] A1Flash& A1() { return *a1; }
+  [[nodiscard]] A2Flash& A2() { return *a2; }
+  [[nodiscard]] C1Flash& C1() { return *c1; }
 
  private:
   struct PendingBlock {
@@ -81,7 +87,8 @@ class Keyboard {
     Bytes data;
   };
 
-  void Add(std::unique_ptr<FlashUnit> unit, const std::string& file);
+  template <typename Unit, typename... Arguments>
+  Unit* Add(const std::string& file, Arguments&&... arguments);
   void Take(ByteView message, Replies& replies);
   [[nodiscard]] bool TakeBlockData(ByteView message, Replies& replies);
   void Execute(ByteView command, Replies& replies);
@@ -104,7 +111,9 @@ class Keyboard {
   KeyboardRecord record;
   std::vector<std::unique_ptr<FlashUnit>> units;
   std::vector<std::string> files;  // of the units
-  A1Flash* a1 = nullptr;
+  A1Flash* a1;
+  A2Flash* a2;
+  C1Flash* c1;
   bool attached = true;
   MessageAssembler assembler;
   FlashUnit* selected = nullptr;  // by the mode command, until the end command

@@ -28,6 +28,10 @@ Bytes KeyReport() {
   return report;
 }
 
+bool CarriesStatus(const Reply& reply) {
+  return reply.kind == ReplyKind::kStatus || reply.kind == ReplyKind::kCapacity;
+}
+
 }  // namespace
 
 // The counters as they will be when the next report has gone out.
@@ -39,7 +43,7 @@ FaultCounters Keyboard::NextReport() const {
 
 void Keyboard::Send(Replies replies, Deliveries& deliveries) {
   for (Reply& reply : replies) {
-    if (reply.kind == ReplyKind::kStatus && reply.bytes[0] == kRefused) record.refusals++;
+    if (CarriesStatus(reply) && reply.bytes[0] == kRefused) record.refusals++;
     Spoil(reply);
     if (Withheld(reply)) continue;
     Replies ready = std::exchange(late, {});
@@ -56,7 +60,9 @@ void Keyboard::Spoil(Reply& reply) {
     return reply.kind == kind && faults.Strikes(fault, NextReport(), parameter);
   };
   if (strikes(FaultKind::kWrongEcho, ReplyKind::kEcho)) Invert(reply.bytes, parameter);
-  if (strikes(FaultKind::kWrongStatus, ReplyKind::kStatus)) Put(reply.bytes, 0, 1, parameter);
+  if (CarriesStatus(reply) && strikes(FaultKind::kWrongStatus, reply.kind)) {
+    Put(reply.bytes, 0, 1, parameter);
+  }
   if (strikes(FaultKind::kWrongSum, ReplyKind::kSum)) {
     Put(reply.bytes, 9, 2, ReadU16(reply.bytes, 9) + parameter);
   }

@@ -14,7 +14,7 @@ struct A1Profile {
   uint8_t mode = 2;
   uint32_t size = 1024 * 1024;  // in bytes
   uint32_t base = 0;  // where the window begins: header addresses count from here, verify's do not
-  std::string file;   // keeps the contents; empty for none
+  std::string file = {};  // keeps the contents; empty for none
 };
 
 class A1Flash : public FlashUnit {

@@ -50,7 +50,7 @@ struct A2Profile {
   // Parameters: SA1, SA2.
   BufferCommand programBuffer = {{1, 0xFF}, {{0x000, 0x29}}};
   VirtualClock::Duration eraseTime = std::chrono::milliseconds(500);  // of one sector
-  std::string file;
+  std::string file = {};
 };
 
 class A2Flash : public FlashUnit {

@@ -25,7 +25,7 @@ struct C1Profile {
   uint32_t lines = 4;                                // most data lines: 1, 2 or 4
   uint32_t bufferSize = 8192;                        // the most bytes that the loader takes at once
   VirtualClock::Duration eraseTime = std::chrono::milliseconds(60);  // of one unit
-  std::string file;  // keeps the contents of all chips, one after another
+  std::string file = {};  // keeps the contents of all chips, one after another
 };
 
 class C1Flash : public FlashUnit {

@@ -28,10 +28,10 @@ namespace hollin::simulator {
 struct KeyboardOptions {
   uint16_t vendorId = 0x1C3E;
   uint16_t productId = 0x2B91;
-  A1Profile a1;
-  A2Profile a2;
-  C1Profile c1;
-  std::vector<Fault> faults;
+  A1Profile a1 = {};
+  A2Profile a2 = {};
+  C1Profile c1 = {};
+  std::vector<Fault> faults = {};
   bool realTime = false;  // false: time passes only by PassTime
 };
 

@@ -176,9 +176,12 @@ bool A2Flash::Announce(ByteView header, Block& block) {
 
 void A2Flash::Write(const Block& block, ByteView data, Replies& replies) {
   Range range;
-  const bool ready = armed == Armed::kProgramming && !eraser.Busy() &&
-                     Locate(block.address, block.size / 2, range);
-  if (!ready || (SumWords(data) & 0xFFFF) != block.sum) {
+  if (armed != Armed::kProgramming || eraser.Busy()) {
+    armed = Armed::kNothing;  // what is no command breaks one off
+    return replies.push_back(Status(kRefused));
+  }
+  const bool sound = (SumWords(data) & 0xFFFF) == block.sum;
+  if (!sound || !Locate(block.address, block.size / 2, range)) {
     return replies.push_back(Status(kRefused));
   }
   replies.push_back(Status(kBlockArrived));

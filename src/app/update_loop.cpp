@@ -2,7 +2,6 @@
 #include "app/update_loop.h"
 
 #include <chrono>
-#include <exception>
 #include <string>
 
 #include "base/log.h"
@@ -19,9 +18,18 @@ template <typename Operation>
 bool Succeeds(const Operation& operation) {
   try {
     return operation();
-  } catch (const std::exception&) {
+  } catch (...) {
     return false;
   }
+}
+
+// For telling a result: whether that works does not change it.
+template <typename Operation>
+void Attempt(const Operation& operation) {
+  static_cast<void>(Succeeds([&] {
+    operation();
+    return true;
+  }));
 }
 
 UpdateOutcome RunSteps(DatFileExamine& datFile, const std::function<void(int32_t)>& progress,
@@ -48,14 +56,11 @@ UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_
                          });
   const bool acknowledged =
       datFile.IsFileReady() && Succeeds([&] { return datFile.EndUpdate(succeeded); });
-  static_cast<void>(Succeeds([&] {
-    progress(succeeded ? kUpdateSucceeded : kUpdateFailed);
-    return true;
-  }));
+  Attempt([&] { progress(succeeded ? kUpdateSucceeded : kUpdateFailed); });
   if (!succeeded || acknowledged) return outcome;
   // Deliberate: the flash holds the verified image; a lost acknowledgement does not make that a
   // failure.
-  Log("The keyboard did not acknowledge the end of the update.");
+  Attempt([] { Log("The keyboard did not acknowledge the end of the update."); });
   return UpdateOutcome::kSucceededUnacknowledged;
 }
 

@@ -39,6 +39,11 @@ class Packet {
   Bytes bytes;
 };
 
+// Puts a number into bytes that are there already; wants the field to lie inside `bytes`.
+inline void PutU32(std::span<uint8_t> bytes, size_t offset, uint32_t value) {
+  for (size_t i = 0; i < 4; i++) bytes[offset + i] = static_cast<uint8_t>(value >> (8 * i));
+}
+
 // Both readers want `offset` plus the field's size to lie inside `bytes`; callers check lengths
 // first.
 [[nodiscard]] uint16_t ReadU16(ByteView bytes, size_t offset);

@@ -15,6 +15,8 @@ namespace {
 // Deliberate: the numbers stand in opposite order in the two directions; the keyboard's firmware
 // speaks this way.
 constexpr uint8_t kReportMarker = 0x51;
+constexpr size_t kOutgoingTotalField = 1;
+constexpr size_t kOutgoingOffsetField = 5;
 constexpr size_t kPayloadOffset = 9;
 constexpr uint32_t kPayloadSize = HidDevice::kReportSize - kPayloadOffset;
 constexpr size_t kIncomingOffsetField = 1;
@@ -25,11 +27,15 @@ bool Fail(UpdateFailure reason) {
   return false;
 }
 
+// The part of the header that all reports of a message share.
+void BeginReports(uint32_t length) {
+  HidDevice::report[0] = kReportMarker;
+  PutU32(HidDevice::report, kOutgoingTotalField, length);
+}
+
 // Deliberate: what lies behind a short payload is not cleared and goes out as it is.
 void FillReport(ByteView message, uint32_t offset, uint32_t chunk) {
-  const Bytes header =
-      Packet().U8(kReportMarker).U32(static_cast<uint32_t>(message.size())).U32(offset);
-  std::copy(header.begin(), header.end(), HidDevice::report.begin());
+  PutU32(HidDevice::report, kOutgoingOffsetField, offset);
   std::copy_n(message.begin() + offset, chunk, HidDevice::report.begin() + kPayloadOffset);
 }
 
@@ -112,6 +118,7 @@ bool HidDevice::SendMessage(ByteView data) {
   }
   if (handle == nullptr) return Fail(UpdateFailure::kLinkClosed);
   const auto length = static_cast<uint32_t>(data.size());
+  BeginReports(length);
   uint32_t offset = 0;
   while (offset < length) {
     const uint32_t chunk = std::min(length - offset, kPayloadSize);

@@ -18,11 +18,6 @@ void PutText(std::span<uint8_t> block, size_t offset, std::string_view text) {
   std::copy(text.begin(), text.end(), block.begin() + static_cast<ptrdiff_t>(offset));
 }
 
-void PutU32(std::span<uint8_t> block, size_t offset, uint32_t value) {
-  const Bytes bytes = Packet().U32(value);
-  std::copy(bytes.begin(), bytes.end(), block.begin() + static_cast<ptrdiff_t>(offset));
-}
-
 void PutBlockSum(std::span<uint8_t> block) {
   PutU32(block, kBlockSumOffset, PackageSum(block.first(kBlockSumOffset)));
 }

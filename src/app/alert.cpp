@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "app/alert.h"
+
+#include <QIcon>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPointer>
+#include <QStyle>
+
+namespace hollin {
+namespace {
+
+void SetFolderIcon(QMessageBox& box) {
+  const QIcon ownFolder = box.style()->standardIcon(QStyle::SP_DirIcon, nullptr, &box);
+  const int size = box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &box);
+  box.setIconPixmap(QIcon::fromTheme("folder", ownFolder).pixmap(size));
+}
+
+// The box's own setting does not reach its second label, which would take "<" for markup.
+void ShowTextsPlainly(QMessageBox& box) {
+  box.setTextFormat(Qt::PlainText);
+  for (QLabel* label : box.findChildren<QLabel*>()) label->setTextFormat(Qt::PlainText);
+}
+
+}  // namespace
+
+QMessageBox* MakeAlertBox(const Alert& alert, QWidget* parent) {
+  auto* const box = new QMessageBox(parent);
+  box->setWindowTitle(alert.message);
+  box->setText(alert.message);
+  box->setInformativeText(alert.informativeText);
+  box->setIcon(alert.style == AlertStyle::kWarning ? QMessageBox::Warning
+                                                   : QMessageBox::Information);
+  if (alert.icon == AlertIcon::kFolder) SetFolderIcon(*box);
+  ShowTextsPlainly(*box);
+  return box;
+}
+
+void RunAlert(const Alert& alert, QWidget* parent) {
+  const QPointer<QMessageBox> box(MakeAlertBox(alert, parent));
+  box->exec();
+  delete box;  // null when it went with its parent
+}
+
+}  // namespace hollin

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// The window program: hollin [PACKAGE]
+#include <QApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "app/app_delegate.h"
+#include "app/main_window.h"
+#include "app/process_signals.h"
+#include "app/quit_signals.h"
+
+namespace {
+
+using hollin::AppDelegate;
+using hollin::MainWindow;
+
+// From the event loop, so that the window is there before a message about the package is.
+void OpenWhenShown(MainWindow& window, const std::string& path) {
+  QMetaObject::invokeMethod(
+      &window, [&window, path] { window.OpenPackage(path); }, Qt::QueuedConnection);
+}
+
+// A worker may wait for a silent keyboard for ever, and what it uses must not be taken from under
+// it: no destructors then.
+int Leave(int code) {
+  if (!MainWindow::IsWorkerAlive()) return code;
+  std::fflush(nullptr);
+  std::_Exit(code);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  hollin::IgnoreFileSizeSignal();
+  const QApplication application(argc, argv);
+  QApplication::setApplicationName("Hollin");
+  QApplication::setQuitOnLastWindowClosed(false);  // the delegate decides
+  MainWindow window;
+  AppDelegate delegate;
+  delegate.setWindow(&window);
+  const auto terminate = [&delegate] { delegate.Terminate(); };
+  QObject::connect(&window, &MainWindow::CloseRequested, terminate);
+  hollin::CallOnQuitSignals(terminate);
+  delegate.applicationDidFinishLaunching();
+  window.show();
+  if (argc > 1) OpenWhenShown(window, argv[1]);
+  return Leave(QApplication::exec());
+}

@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: MIT
+#include "app/main_window.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <exception>
+#include <new>
+#include <thread>
+
+#include "app/device_settings.h"
+#include "app/open_panel.h"
+#include "app/process_signals.h"
+#include "app/update_loop.h"
+#include "base/pause.h"
+#include "device/hid_device.h"
+
+namespace hollin {
+namespace {
+
+constexpr std::chrono::milliseconds kPauseForMemory{100};
+constexpr QRgb kSystemGray = qRgb(142, 142, 147);
+
+std::atomic<int> liveWorkers = 0;
+
+// What the worker posts to. Made on the main thread and never destroyed: a worker may still post
+// while the program leaves.
+QObject& Relay() {
+  static auto& relay = *new QObject;
+  return relay;
+}
+
+// Posts the number itself: the main thread sees what the worker posted, however late it looks.
+// False when there was no memory to do so.
+bool TryPost(QObject& relay, const QPointer<MainWindow>& window, int32_t value) {
+  const auto refresh = [window, value] {
+    if (window) window->RefreshProgress(value);
+  };
+  try {
+    return QMetaObject::invokeMethod(&relay, refresh, Qt::QueuedConnection);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+// Without the last number the window would wait for ever, so none is given up.
+void PostProgress(QObject& relay, const QPointer<MainWindow>& window, int32_t value) {
+  while (!TryPost(relay, window, value)) Pause(kPauseForMemory);
+}
+
+}  // namespace
+
+MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
+  BuildLayout();
+  ConnectActions();
+}
+
+void MainWindow::InitButton() {
+  buttonRefresh->setEnabled(false);
+  buttonUpdate->setEnabled(false);
+  QPalette palette = progressStatus->palette();
+  palette.setColor(QPalette::Base, kSystemGray);
+  palette.setColor(QPalette::Window, kSystemGray);
+  progressStatus->setPalette(palette);
+  progressStatus->setAutoFillBackground(true);
+}
+
+void MainWindow::SetButtonEnable(bool enabled) {
+  buttonRefresh->setEnabled(enabled);
+  buttonUpdate->setEnabled(enabled);
+  buttonOpen->setEnabled(enabled);
+}
+
+void MainWindow::ShowErrorMessage(const QString& text) {
+  ShowAlert({.message = tr("Error"), .informativeText = text, .style = AlertStyle::kWarning});
+}
+
+// Qt takes "[*]" for the place of its mark of unsaved changes, and two of them for one in plain.
+void MainWindow::SetCaption(const std::string& caption) {
+  setWindowTitle(QString::fromStdString(caption).replace("[*]", "[*][*]"));
+}
+
+void MainWindow::OpenDat() {
+  if (isUpdating) return;
+  const QPointer<MainWindow> self(this);
+  const std::string path = ChoosePackage();
+  if (self && !path.empty()) OpenPackage(path);
+}
+
+void MainWindow::OpenPackage(const std::string& path) {
+  if (isUpdating) return;
+  const QString shownPath = QString::fromStdString(path);
+  textFieldPath->setText(shownPath);
+  if (!datFile.OpenDatFile(path)) {
+    return ShowErrorMessage(tr("Unable to open dat file: %1").arg(shownPath));
+  }
+  if (!datFile.ExamineDatFile()) {
+    return ShowErrorMessage(tr("Checksum or file format error: %1").arg(shownPath));
+  }
+  textFieldProductModel->setText(QString::fromStdString(datFile.ProductModelText()));
+  textFieldFirmwareVersion->setText(QString::fromStdString(datFile.FirmwareVersionText()));
+  buttonRefresh->setEnabled(true);
+  RefreshDevice();
+}
+
+void MainWindow::RefreshDevice() {
+  if (isUpdating) return;
+  if (pUSB == nullptr) pUSB = HidDevice::Instance();
+  const uint32_t count = HidDevice::DeviceCount();
+  if (count > 1) {
+    ShowDeviceStatus(tr("More than one device! Remove some devices"), false);
+  } else if (count == 1) {
+    ShowDeviceStatus(tr("The TS30 is connected. Please press the \"Update\" button now."), true);
+    ResetProgress();
+  } else {
+    ShowDeviceStatus(QString::fromStdString(datFile.NotConnectedMessage()), false);
+  }
+}
+
+void MainWindow::ShowDeviceStatus(const QString& text, bool canUpdate) {
+  textFieldDeviceStatus->setText(text);
+  buttonUpdate->setEnabled(canUpdate);
+}
+
+// A bar from 0 to 0 would show that something is going on for ever.
+void MainWindow::ResetProgress() {
+  progressStatus->setRange(0, std::max(1, datFile.TotalStepCount()));
+  progressStatus->setValue(0);
+}
+
+void MainWindow::UpdateDevice() {
+  if (isUpdating) return;
+  isUpdating = true;
+  SetButtonEnable(false);
+  const QPointer<MainWindow> self(this);
+  QObject& relay = Relay();
+  liveWorkers++;
+  try {
+    std::thread([&record = datFile, &relay, self] {
+      ThreadUpdate(record, relay, self);
+      liveWorkers--;
+    }).detach();
+  } catch (const std::exception&) {  // no thread to be had
+    liveWorkers--;
+    PostProgress(relay, self, kUpdateFailed);
+  }
+}
+
+void MainWindow::ThreadUpdate(DatFileExamine& datFile, QObject& relay,
+                              const QPointer<MainWindow>& window) {
+  BlockSignalsInThisThread();
+  RunUpdate(datFile, [&](int32_t value) { PostProgress(relay, window, value); });
+}
+
+bool MainWindow::IsWorkerAlive() { return liveWorkers > 0; }
+
+void MainWindow::RefreshProgress(int32_t value) {
+  pVal = value;
+  if (value >= 0) {
+    progressStatus->setValue(value);
+  } else if (value == kUpdateSucceeded) {
+    progressStatus->setValue(progressStatus->maximum());
+    FinishUpdating({.message = tr("Information"),
+                    .informativeText = tr("Update completed, please use the TS30 power switch to "
+                                          "restart the keyboard."),
+                    .icon = AlertIcon::kFolder});
+  } else if (value == kUpdateFailed) {
+    // Deliberate: as informational as a success, unlike the errors of a package.
+    FinishUpdating({.message = tr("Error"),
+                    .informativeText = tr("Update Error!"),
+                    .icon = AlertIcon::kFolder});
+  }
+}
+
+void MainWindow::FinishUpdating(const Alert& alert) {
+  if (isHidden() || isMinimized()) BringToFront();
+  const QPointer<MainWindow> self(this);
+  ShowAlert(alert);
+  if (!self) return;
+  isUpdating = false;
+  SetButtonEnable(true);
+}
+
+void MainWindow::RemoveTempFile() { datFile.DeleteTempFiles(); }
+
+void MainWindow::BringToFront() {
+  setWindowState(windowState() & ~Qt::WindowMinimized);
+  show();
+  raise();
+  activateWindow();
+}
+
+void MainWindow::ShowAlert(const Alert& alert) { RunAlert(alert, this); }
+
+std::string MainWindow::ChoosePackage() { return RunOpenPanel(this); }
+
+// Whether the program really quits is not the window's to decide, so it never just closes.
+void MainWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  if (isUpdating) {
+    hide();
+  } else {
+    emit CloseRequested();
+  }
+}
+
+void LoadDeviceSettings(MainWindow& window) {
+  const DeviceSettings settings = ReadDeviceSettings();
+  HidDevice::vendorId = settings.vendorId;
+  HidDevice::productId = settings.productId;
+  window.SetCaption(settings.caption);
+}
+
+}  // namespace hollin

@@ -13,8 +13,8 @@ enum class AlertStyle { kInformational, kWarning };
 enum class AlertIcon { kOfStyle, kFolder };
 
 struct Alert {
-  QString message;  // the short title
-  QString informativeText;
+  QString message = {};  // the short title
+  QString informativeText = {};
   AlertStyle style = AlertStyle::kInformational;
   AlertIcon icon = AlertIcon::kOfStyle;
 };

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+// The ground of the window's tests: the window offscreen, with a test that answers its dialogs; a
+// keyboard that hidapi's stand-in counts; packages; and an updater whose steps do as they are told.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <semaphore>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "app/main_window.h"
+#include "base/pause.h"
+#include "package/package_writer.h"
+#include "tests/support/hex_bytes.h"
+#include "tests/support/link_test.h"
+#include "tests/support/recorded_log.h"
+#include "tests/support/recorded_pause.h"
+#include "tests/support/temp_folder.h"
+
+namespace hollin {
+
+// Keeps the alerts instead of showing them, and chooses `chosenPath` in the open panel.
+class TestWindow : public MainWindow {
+ public:
+  std::vector<Alert> alerts;
+  std::string chosenPath;  // empty: the user cancels
+  int panelCount = 0;
+  std::function<void()> duringDialog;
+
+ protected:
+  void ShowAlert(const Alert& alert) override {
+    alerts.push_back(alert);
+    if (duringDialog) std::exchange(duringDialog, {})();
+  }
+  std::string ChoosePackage() override {
+    panelCount++;
+    std::string path = chosenPath;  // the window may be gone after the dialog
+    if (duringDialog) std::exchange(duringDialog, {})();
+    return path;
+  }
+};
+
+// The buttons' states in the order in which the tables of the window name them.
+struct Buttons {
+  bool refresh, update, open;
+  bool operator==(const Buttons&) const = default;
+};
+inline std::ostream& operator<<(std::ostream& out, const Buttons& buttons) {
+  return out << "Refresh " << buttons.refresh << ", Update " << buttons.update << ", Open "
+             << buttons.open;
+}
+
+inline constexpr Buttons kStarted{.refresh = false, .update = false, .open = true};
+inline constexpr Buttons kReadyWithoutDevice{.refresh = true, .update = false, .open = true};
+inline constexpr Buttons kReadyWithDevice{.refresh = true, .update = true, .open = true};
+inline constexpr Buttons kUpdating{.refresh = false, .update = false, .open = false};
+inline constexpr Buttons kFinished{.refresh = true, .update = true, .open = true};
+
+// An updater that speaks to nobody. Its steps are counted over the whole update.
+class FakeUpdate : public AXUpdate {
+ public:
+  explicit FakeUpdate(uint32_t steps) : AXUpdate("", "") { stepCount = steps; }
+
+  bool EnterUpdateMode(int32_t) override { return Step(0); }
+  bool RunStep(uint32_t index) override { return Step(index + 1); }
+  bool VerifyImage() override { return Step(stepCount - 1); }
+
+  std::optional<uint32_t> failingStep;
+  std::function<void(uint32_t)> onStep;
+  std::vector<uint32_t> steps;
+
+ private:
+  bool Step(uint32_t step) {
+    steps.push_back(step);
+    if (onStep) onStep(step);
+    return step != failingStep;
+  }
+};
+
+// Stops the worker in each of its pauses until the test lets it go on.
+class HeldPause {
+ public:
+  HeldPause() {
+    SetPauseFunction([this](std::chrono::milliseconds) {
+      reached.release();
+      passed.acquire();
+    });
+  }
+  ~HeldPause() { SetPauseFunction({}); }
+  HeldPause(const HeldPause&) = delete;
+  HeldPause& operator=(const HeldPause&) = delete;
+
+  void AwaitPause() { reached.acquire(); }
+  void Release(int pauses = 1) { passed.release(pauses); }
+
+ private:
+  std::counting_semaphore<> reached{0}, passed{0};
+};
+
+struct PackageOptions {
+  std::string model = "TS30 61 keys";
+  std::string version = "V1.2.3";
+  std::array<std::string, 3> keys = {};
+  size_t packs = 1;
+  size_t imageSize = 128;
+};
+
+inline Bytes MakePackage(const PackageOptions& options = {}) {
+  const std::string description =
+      "[Chip Info]\nChip Size=64K\n[Transmission Info]\nData Length=64\n";
+  const Bytes image(options.imageSize, 0x5A);
+  const PackContents pack{.dataType = "A1", .description = ViewOf(description), .image = image};
+  Bytes file;
+  const PackRefusal refusal = WritePackage({.productModel = options.model,
+                                            .firmwareVersion = options.version,
+                                            .keys = options.keys,
+                                            .packs = {options.packs, pack}},
+                                           file);
+  EXPECT_EQ(refusal, PackRefusal::kNone);
+  return file;
+}
+
+inline Bytes BrokenPackage() {
+  Bytes file = MakePackage({.model = "Other", .version = "V9"});
+  file.back() ^= 0x01;
+  return file;
+}
+
+class WindowTest : public LinkTest {
+ protected:
+  WindowTest() {
+    hidapi.deviceCount = 0;
+    window = std::make_unique<TestWindow>();
+    window->InitButton();
+  }
+  // The worker uses what the test owns, so no case ends before it.
+  ~WindowTest() override {
+    EXPECT_TRUE(QTest::qWaitFor([] { return !MainWindow::IsWorkerAlive(); }));
+  }
+
+  void Open(const std::string& path) {
+    window->chosenPath = path;
+    window->OpenDat();
+  }
+  // A good package, on a computer with that many keyboards.
+  void OpenGoodPackage(size_t devices = 1, const PackageOptions& options = {}) {
+    hidapi.deviceCount = devices;
+    Open(folder.Write("good.dat", MakePackage(options)));
+    ASSERT_TRUE(window->alerts.empty());
+  }
+  // A ready record whose steps are a FakeUpdate's, and one keyboard, which acknowledges the end.
+  FakeUpdate& UseFakeUpdate(uint32_t steps) {
+    hidapi.onWrite = [this](const Bytes& report) { hidapi.Reply(ByteView(report).subspan(9, 4)); };
+    auto fake = std::make_unique<FakeUpdate>(steps);
+    FakeUpdate& update = *fake;
+    window->datFile.Update1 = std::move(fake);
+    window->datFile.countDataPack = 1;
+    window->datFile.isFileReady = true;
+    hidapi.deviceCount = 1;
+    window->RefreshDevice();
+    return update;
+  }
+  void AwaitEndOfUpdate() {
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !window->IsUpdating(); }));
+  }
+  void Update() {
+    window->UpdateDevice();
+    AwaitEndOfUpdate();
+  }
+
+  [[nodiscard]] Buttons ButtonStates() const {
+    return {window->buttonRefresh->isEnabled(), window->buttonUpdate->isEnabled(),
+            window->buttonOpen->isEnabled()};
+  }
+  [[nodiscard]] std::string Path() const { return window->textFieldPath->text().toStdString(); }
+  [[nodiscard]] std::string Model() const {
+    return window->textFieldProductModel->text().toStdString();
+  }
+  [[nodiscard]] std::string Version() const {
+    return window->textFieldFirmwareVersion->text().toStdString();
+  }
+  [[nodiscard]] std::string Status() const {
+    return window->textFieldDeviceStatus->text().toStdString();
+  }
+  [[nodiscard]] std::string AlertText(size_t index = 0) const {
+    return window->alerts.at(index).informativeText.toStdString();
+  }
+
+  int argc = 1;
+  std::array<char, 7> name{"hollin"};
+  std::array<char*, 2> argv{name.data(), nullptr};
+  QApplication application{argc, argv.data()};
+  TempFolder folder;
+  std::unique_ptr<TestWindow> window;
+};
+
+}  // namespace hollin

@@ -9,13 +9,17 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <vector>
 
 #include "app/main_window.h"
 
 namespace hollin {
 namespace {
 
-constexpr int kStatusLines = 4;  // the longest message about a keyboard in the narrowest window
+// Room for the longest message about a keyboard, which names three buttons.
+constexpr int kStatusColumns = 60;
+constexpr int kStatusLines = 4;
 
 QLabel* MakePlainLabel(const QString& accessibleName) {
   auto* const label = new QLabel;
@@ -28,7 +32,9 @@ QLabel* MakeStatusLabel(const QString& accessibleName) {
   QLabel* const label = MakePlainLabel(accessibleName);
   label->setWordWrap(true);
   label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-  label->setMinimumHeight(kStatusLines * label->fontMetrics().lineSpacing());
+  const QFontMetrics font = label->fontMetrics();
+  label->setMinimumSize(kStatusColumns * font.averageCharWidth(),
+                        kStatusLines * font.lineSpacing());
   return label;
 }
 
@@ -38,6 +44,13 @@ QLineEdit* MakePathField(const QString& accessibleName) {
   field->setFocusPolicy(Qt::ClickFocus);
   field->setAccessibleName(accessibleName);
   return field;
+}
+
+// Buttons below each other look better alike.
+void GiveSameWidth(const std::vector<QPushButton*>& buttons) {
+  int width = 0;
+  for (const QPushButton* button : buttons) width = std::max(width, button->sizeHint().width());
+  for (QPushButton* button : buttons) button->setMinimumWidth(width);
 }
 
 QGroupBox* MakeRow(const QString& title, QWidget* content, QPushButton* button) {
@@ -59,6 +72,7 @@ void MainWindow::BuildLayout() {
   column->addWidget(MakePackageGroup());
   column->addWidget(MakeDeviceGroup(), 1);
   column->addWidget(MakeUpdateGroup());
+  GiveSameWidth({buttonOpen, buttonRefresh, buttonUpdate});
   setCentralWidget(content);
 }
 

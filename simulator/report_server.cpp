@@ -170,17 +170,18 @@ void ReportServer::Send(const Delivery& delivery) {
   }
 }
 
-// The socket is there exactly while the keyboard is plugged in.
+// The socket is there exactly while the keyboard is plugged in, and the words come when it is so.
 void ReportServer::FollowPlug() {
   if (keyboard.Attached() == (listener >= 0)) return;
-  if (verbose) std::puts(keyboard.Attached() ? "plugged in" : "unplugged");
-  if (verbose) std::fflush(stdout);
   if (keyboard.Attached()) {
     if (!Listen()) std::fprintf(stderr, "ts30-simulator: cannot listen in %s\n", directory.c_str());
-    return;
+  } else {
+    StopListening();
+    DropClients(true);
   }
-  StopListening();
-  DropClients(true);
+  if (!verbose) return;
+  std::puts(keyboard.Attached() ? "plugged in" : "unplugged");
+  std::fflush(stdout);
 }
 
 void ReportServer::DropClients(bool all) {

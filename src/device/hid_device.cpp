@@ -4,6 +4,7 @@
 #include <hidapi.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "device/ax_update.h"
@@ -33,10 +34,12 @@ void BeginReports(uint32_t length) {
   PutU32(HidDevice::report, kOutgoingTotalField, length);
 }
 
-// Deliberate: what lies behind a short payload is not cleared and goes out as it is.
-void FillReport(ByteView message, uint32_t offset, uint32_t chunk) {
+// Sends one report with `size` bytes of the message. Deliberate: what lies behind a short payload
+// is not cleared and goes out as it is.
+bool SendReport(ByteView message, uint32_t offset, uint32_t size) {
   PutU32(HidDevice::report, kOutgoingOffsetField, offset);
-  std::copy_n(message.begin() + offset, chunk, HidDevice::report.begin() + kPayloadOffset);
+  std::memcpy(HidDevice::report.data() + kPayloadOffset, message.data() + offset, size);
+  return hid_write(HidDevice::handle, HidDevice::report.data(), HidDevice::report.size()) >= 0;
 }
 
 // The number of bytes of the next report, negative when the device is gone.
@@ -120,12 +123,12 @@ bool HidDevice::SendMessage(ByteView data) {
   const auto length = static_cast<uint32_t>(data.size());
   BeginReports(length);
   uint32_t offset = 0;
-  while (offset < length) {
-    const uint32_t chunk = std::min(length - offset, kPayloadSize);
-    FillReport(data, offset, chunk);
-    if (hid_write(handle, report.data(), report.size()) < 0)
-      return Fail(UpdateFailure::kSendFailed);
-    offset += chunk;
+  // Whole payloads first: their size is known when this is compiled, and copied without a call.
+  for (; length - offset >= kPayloadSize; offset += kPayloadSize) {
+    if (!SendReport(data, offset, kPayloadSize)) return Fail(UpdateFailure::kSendFailed);
+  }
+  if (offset < length && !SendReport(data, offset, length - offset)) {
+    return Fail(UpdateFailure::kSendFailed);
   }
   return true;
 }

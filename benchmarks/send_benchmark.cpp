@@ -40,17 +40,21 @@ void CopyBare(const uint8_t* message, std::array<uint8_t, 64>& buffer) {
 void SendMessage(benchmark::State& state) {
   const Bytes source(kMessageSize + 64, 0x5A);  // the bare loop copies a little beyond the message
   const ByteView message = ByteView(source).first(kMessageSize);
-  std::array<uint8_t, 64> buffer{};
+  alignas(64) std::array<uint8_t, 64> buffer{};
   if (!HidDevice::Open()) state.SkipWithError("no keyboard");
   const Comparison best = CompareInTurns(
       state, [&] { benchmark::DoNotOptimize(HidDevice::SendMessage(message)); },
       [&] { SendBare(source.data(), buffer); });
-  const double copied = SecondsOf([&] { CopyBare(source.data(), buffer); });
+  double copied = best.bare;
+  for (int i = 0; i < 100; i++) {
+    copied = std::min(copied, SecondsOf([&] { CopyBare(source.data(), buffer); }));
+  }
   HidDevice::Close();
   state.counters["ns_per_report"] = best.work * 1e9 / kReports;
   state.counters["bare_ns_per_report"] = best.bare * 1e9 / kReports;
   state.counters["copy_ns_per_report"] = copied * 1e9 / kReports;
   state.counters["rate_over_bare"] = best.bare / best.work;
+  state.counters["rate_over_copy"] = copied / best.work;
 }
 BENCHMARK(SendMessage)->UseManualTime()->Unit(benchmark::kMicrosecond);
 

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "cli/signal_watch.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace hollin {
+namespace {
+
+using ::testing::ElementsAre;
+
+// What the watching thread has done, for another thread to wait for.
+class Events {
+ public:
+  void Add(const std::string& event) {
+    const std::lock_guard lock(mutex);
+    all.push_back(event);
+    added.notify_all();
+  }
+  std::vector<std::string> WaitForCount(size_t count) {
+    std::unique_lock lock(mutex);
+    added.wait(lock, [&] { return all.size() >= count; });
+    return all;
+  }
+
+ private:
+  std::mutex mutex;
+  std::condition_variable added;
+  std::vector<std::string> all;
+};
+
+class SignalWatchTest : public ::testing::Test {
+ protected:
+  SignalWatch::Actions Actions(std::chrono::milliseconds tickInterval = std::chrono::hours(1)) {
+    return {.first = [this] { events.Add("first"); },
+            .second = [this] { events.Add("second"); },
+            .leave = [this] { events.Add("leave"); },
+            .tick = [this] { events.Add("tick"); },
+            .tickInterval = tickInterval};
+  }
+
+  // To the process, as a terminal sends it; and waits until it was handled.
+  std::vector<std::string> Send(int signal) {
+    sent++;
+    kill(getpid(), signal);
+    return events.WaitForCount(sent);
+  }
+
+  Events events;
+  size_t sent = 0;
+};
+
+TEST_F(SignalWatchTest, CtrlCAdvisesThenStopsThenLeaves) {
+  HoldBackSignals();
+  const SignalWatch watch(Actions());
+  EXPECT_FALSE(watch.IsStopWanted());
+  EXPECT_THAT(Send(SIGINT), ElementsAre("first"));
+  EXPECT_FALSE(watch.IsStopWanted());
+  EXPECT_THAT(Send(SIGINT), ElementsAre("first", "second"));
+  EXPECT_TRUE(watch.IsStopWanted());
+  EXPECT_THAT(Send(SIGINT), ElementsAre("first", "second", "leave"));
+}
+
+TEST_F(SignalWatchTest, ASignalThatAsksToEndLeavesAtOnce) {
+  HoldBackSignals();
+  const SignalWatch watch(Actions());
+  EXPECT_THAT(Send(SIGTERM), ElementsAre("leave"));
+  EXPECT_THAT(Send(SIGHUP), ElementsAre("leave", "leave"));
+}
+
+TEST_F(SignalWatchTest, ASignalThatWasHeldBackIsHandledLater) {
+  HoldBackSignals();
+  kill(getpid(), SIGINT);
+  const SignalWatch watch(Actions());
+  EXPECT_THAT(events.WaitForCount(1), ElementsAre("first"));
+}
+
+TEST_F(SignalWatchTest, IgnoredSignalsStayIgnored) {
+  std::signal(SIGHUP, SIG_IGN);
+  HoldBackSignals();
+  const SignalWatch watch(Actions());
+  kill(getpid(), SIGHUP);
+  EXPECT_THAT(Send(SIGINT), ElementsAre("first"));
+}
+
+TEST_F(SignalWatchTest, TicksWhileNothingArrives) {
+  HoldBackSignals();
+  const SignalWatch watch(Actions(std::chrono::milliseconds(1)));
+  EXPECT_THAT(events.WaitForCount(2), ::testing::Each("tick"));
+}
+
+TEST_F(SignalWatchTest, EndsAtOnceWhenItIsNotNeededAnyMore) {
+  HoldBackSignals();
+  { const SignalWatch watch(Actions()); }
+  EXPECT_THAT(events.WaitForCount(0), ElementsAre());
+}
+
+TEST_F(SignalWatchTest, TheWakeUpFromOutsideIsNoInterrupt) {
+  HoldBackSignals();
+  const SignalWatch watch(Actions());
+  kill(getpid(), SIGUSR1);
+  EXPECT_THAT(Send(SIGINT), ElementsAre("first"));
+}
+
+}  // namespace
+}  // namespace hollin

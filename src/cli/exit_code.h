@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// How hollin-cli ends, for scripts that call it. docs/command-line.md lists the codes.
+#pragma once
+
+namespace hollin {
+
+enum class ExitCode {
+  kDone = 0,
+  kFailed = 1,         // a step of the update failed, or a file could not be written
+  kUsage = 2,          // the arguments make no sense, or ask for what a package cannot hold
+  kPackage = 3,        // the package, or a file it is to be made of, is unreadable or invalid
+  kKeyboard = 4,       // no keyboard, or more than one
+  kInterrupted = 130,  // ended by Ctrl-C or a signal like it
+};
+
+}  // namespace hollin

@@ -116,7 +116,7 @@ bool ParseFault(std::string_view text, Fault& fault) {
   return true;
 }
 
-FaultPlan::FaultPlan(std::vector<Fault> faults) {
+FaultPlan::FaultPlan(const std::vector<Fault>& faults) {
   for (const Fault& fault : faults) armed.push_back({fault});
 }
 

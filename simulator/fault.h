@@ -83,7 +83,7 @@ struct FaultDescription {
 // The faults of one keyboard and how often each has struck.
 class FaultPlan {
  public:
-  explicit FaultPlan(std::vector<Fault> faults);
+  explicit FaultPlan(const std::vector<Fault>& faults);
 
   // True when a fault of the kind strikes now; it is counted and its parameter told.
   [[nodiscard]] bool Strikes(FaultKind kind, const FaultCounters& counters, int64_t& parameter);

@@ -120,7 +120,8 @@ bool SetChip(std::string_view text, C1Profile& to) {
 
 bool SetEraseUnits(std::string_view text, std::vector<uint32_t>& to) {
   std::vector<uint32_t> units;
-  if (!ParseNumbers(text, ',', kLargestEraseUnit, units) || std::ranges::count(units, 0u) > 0) {
+  if (!ParseNumbers(text, ',', kLargestEraseUnit, units) ||
+      std::ranges::count(units, uint32_t{0}) > 0) {
     return false;
   }
   to = std::move(units);

@@ -2,7 +2,7 @@
 // ts30-simulator: one keyboard in its own process.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <cstdlib>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -17,7 +17,7 @@ namespace {
 using namespace hollin;
 using namespace hollin::simulator;
 
-constexpr uint64_t kLongestOptionFile = 1024 * 1024;
+constexpr uint64_t kLongestOptionFile = uint64_t{1024} * 1024;
 
 struct Arguments {
   std::string directory;
@@ -108,9 +108,7 @@ int Serve(const Arguments& arguments, const KeyboardOptions& options) {
   return server.Run() ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   Arguments arguments;
   CLI::App app("A TS30 keyboard in software, for programs that run with the stand-in for hidapi.");
   app.footer(Help());
@@ -133,4 +131,15 @@ int main(int argc, char** argv) {
   std::string problem;
   if (!MakeOptions(arguments, options, problem)) return UsageError(problem);
   return Serve(arguments, options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {  // memory for a huge chip, for example
+    std::fprintf(stderr, "ts30-simulator: %s\n", error.what());
+    return 1;
+  }
 }

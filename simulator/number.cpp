@@ -27,7 +27,7 @@ bool ParseNumber(std::string_view text, uint64_t most, uint64_t& value) {
   if (text.starts_with("0x")) return ParseHex(text.substr(2), most, value);
   uint64_t factor = 1;
   if (text.ends_with('K')) factor = 1024;
-  if (text.ends_with('M')) factor = 1024 * 1024;
+  if (text.ends_with('M')) factor = uint64_t{1024} * 1024;
   if (factor > 1) text.remove_suffix(1);
   return ParseDigits(text, 10, factor, most, value);
 }

@@ -78,6 +78,8 @@ int WithErrno(int error) {
 }  // namespace
 
 #pragma GCC visibility push(default)
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's own names are
+// reserved ones.
 extern "C" {
 
 int clock_nanosleep(clockid_t clock, int flags, const timespec* request, timespec* remaining) {
@@ -95,4 +97,5 @@ int usleep(useconds_t microseconds) {
 }
 
 }  // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 #pragma GCC visibility pop

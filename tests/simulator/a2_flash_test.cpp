@@ -33,7 +33,7 @@ class A2FlashTest : public testing::Test {
   // The word that a poll of sector 0x1000 reads.
   uint32_t Poll() {
     const Bytes reply = host->Ask({0x03, 0x00, 0x10, 0, 0});
-    EXPECT_EQ(reply.size(), 7u);
+    EXPECT_EQ(reply.size(), 7U);
     EXPECT_EQ(reply[2], 0x10);
     return uint32_t{reply[5]} | uint32_t{reply[6]} << 8;
   }
@@ -76,12 +76,12 @@ TEST_F(A2FlashTest, ABusyChipTogglesAndAnIdleOneReadsItsWords) {
   const uint32_t first = Poll();
   EXPECT_NE(Poll(), first);
   EXPECT_EQ(Poll(), first);
-  EXPECT_EQ(host->Ask({0x03, 0x00, 0x30, 0, 0}).size(), 7u);
+  EXPECT_EQ(host->Ask({0x03, 0x00, 0x30, 0, 0}).size(), 7U);
 }
 
 TEST_F(A2FlashTest, AMissingWrongOrMisplacedCycleErasesNothing) {
   for (size_t wrong = 0; wrong < erase.size(); wrong++) {
-    for (size_t byte : {1, 2, 5}) {
+    for (const size_t byte : {1U, 2U, 5U}) {
       auto cycles = erase;
       cycles[wrong][byte] ^= 0x10;
       Cycles(cycles);
@@ -107,7 +107,7 @@ TEST_F(A2FlashTest, AnEraseMustNotMixSectors) {
 TEST_F(A2FlashTest, AWrongCycleDoesNotSpoilTheCommandAfterIt) {
   Cycles({erase[0], erase[1]});
   EraseSector1();
-  EXPECT_EQ(Memory().erased.size(), 1u);
+  EXPECT_EQ(Memory().erased.size(), 1U);
 }
 
 TEST_F(A2FlashTest, TheLastSectorIsAsLongAsTheOneBefore) {
@@ -117,7 +117,7 @@ TEST_F(A2FlashTest, TheLastSectorIsAsLongAsTheOneBefore) {
   keyboard->PassTime(milliseconds(100));
   Poll();
   EXPECT_EQ(Memory().erased, (std::vector<Range>{{0x4000, 0x2000}}));
-  EXPECT_EQ(Memory().Size(), 0x6000u);
+  EXPECT_EQ(Memory().Size(), 0x6000U);
 }
 
 TEST_F(A2FlashTest, AChipThatBeginsAt0x1400TakesItsAbsoluteCycles) {
@@ -150,7 +150,7 @@ TEST_F(A2FlashTest, ABusyChipDoesNotListen) {
   Cycles(erase);
   keyboard->PassTime(milliseconds(1));
   EXPECT_EQ(Poll(), 0xFFFFu);
-  EXPECT_EQ(Memory().erased.size(), 1u);
+  EXPECT_EQ(Memory().erased.size(), 1U);
 }
 
 TEST_F(A2FlashTest, ABlockAfterTheWordProgramCommandIsWritten) {
@@ -160,7 +160,7 @@ TEST_F(A2FlashTest, ABlockAfterTheWordProgramCommandIsWritten) {
   EXPECT_EQ(host->Ask(data), (Bytes{0xF4, 0xD4}));
   EXPECT_EQ(Memory().programmed, (std::vector<Range>{{0x2000, 4}}));
   EXPECT_EQ(Memory().Contents()[0x2002], 3);
-  EXPECT_EQ(Poll(), 0x0201u);
+  EXPECT_EQ(Poll(), 0x0201U);
 }
 
 TEST_F(A2FlashTest, ABlockAfterTheWriteBufferCommandsIsWritten) {
@@ -206,7 +206,7 @@ TEST_F(A2FlashTest, WordsThatWereNotErasedAreNotWrittenRight) {
   // The word 0x0002 over 0x0201: bit 1 cannot be set.
   host->Ask({0x07, 0x00, 0x10, 0, 0, 1, 0, 0x02, 0x00, 0, 0, 0});
   EXPECT_EQ(host->Ask({0x02, 0x00}), (Bytes{0xF4, 0xF0}));
-  EXPECT_EQ(Poll(), 0x0000u);
+  EXPECT_EQ(Poll(), 0x0000U);
 }
 
 TEST_F(A2FlashTest, TheSumOfABlockIsOfWords) {
@@ -224,7 +224,7 @@ TEST_F(A2FlashTest, ALengthOfZeroMeans65536Words) {
 }
 
 TEST_F(A2FlashTest, BlocksAndSumsEndWithTheChip) {
-  EXPECT_EQ(host->Ask({0x07, 0xFF, 0x2F, 0, 0, 1, 0, 0, 0, 0, 0, 0}).size(), 12u);
+  EXPECT_EQ(host->Ask({0x07, 0xFF, 0x2F, 0, 0, 1, 0, 0, 0, 0, 0, 0}).size(), 12U);
   EXPECT_EQ(host->Ask({0x07, 0xFF, 0x2F, 0, 0, 2, 0, 0, 0, 0, 0, 0}), kRefusal);
   EXPECT_EQ(host->Ask({0x08, 0xFF, 0x2F, 0, 0, 1, 0, 0, 0, 0}),
             (Bytes{0x08, 0xFF, 0x2F, 0, 0, 1, 0, 0, 0, 0xFF, 0xFF}));
@@ -252,7 +252,7 @@ TEST_F(A2FlashTest, HundredsOfCyclesAreCountedInOneByteAndEchoedWhole) {
   Deliveries deliveries;
   for (const Bytes& report : HostReports(many))
     ASSERT_TRUE(keyboard->TakeReport(report, deliveries));
-  EXPECT_EQ(deliveries.size(), 10u);
+  EXPECT_EQ(deliveries.size(), 10U);
   EXPECT_EQ(deliveries[9].report[10], 0x00);
   EXPECT_EQ(deliveries[0].report[9], 0x04);
 }
@@ -263,7 +263,7 @@ TEST_F(A2FlashTest, PullingThePlugInAnEraseLeavesZeros) {
   keyboard->PassTime(milliseconds(100));
   keyboard->Replug();
   host->Ask(kModeA2);
-  EXPECT_EQ(Poll(), 0x0000u);
+  EXPECT_EQ(Poll(), 0x0000U);
 }
 
 TEST_F(A2FlashTest, TheModeCommandDoesNotStopAnErase) {
@@ -271,7 +271,7 @@ TEST_F(A2FlashTest, TheModeCommandDoesNotStopAnErase) {
   host->Ask(kModeA2);
   keyboard->PassTime(milliseconds(100));
   EXPECT_EQ(Poll(), 0xFFFFu);
-  EXPECT_EQ(Memory().erased.size(), 1u);
+  EXPECT_EQ(Memory().erased.size(), 1U);
 }
 
 TEST(VirtualClockTest, TimeIsWhatItWasToldOrThatAndRealTime) {

@@ -40,7 +40,7 @@ class C1FlashTest : public testing::Test {
 TEST_F(C1FlashTest, ConfigureTellsTheCapacityOfTheChipItChooses) {
   Configure();
   EXPECT_EQ(keyboard.C1().Configured().lineMode, 4);
-  EXPECT_EQ(keyboard.C1().Configured().sectorSize, 0x1000u);
+  EXPECT_EQ(keyboard.C1().Configured().sectorSize, 0x1000U);
   EXPECT_EQ(host.Ask({0x0B, 1, 1, 2, 0x00, 0x00, 0x01}), (Bytes{0xF1, 0x00, 0x00, 0x02, 0x00}));
   EXPECT_EQ(keyboard.C1().Configured().chip, (Range{0x10000, 0x20000}));
 }
@@ -53,11 +53,12 @@ TEST_F(C1FlashTest, ImpossibleConfigurationsAreRefused) {
   const Bytes refused = {0xF0, 0, 0, 0, 0};
   EXPECT_EQ(host.Ask({0x0B, 2, 0, 1, 0x00, 0x10, 0x00}), refused);
   EXPECT_EQ(host.Ask({0x0B, 0, 2, 1, 0x00, 0x10, 0x00}), refused);
-  for (const uint8_t lines : Bytes{0, 3, 5, 8}) EXPECT_EQ(host.Ask({0x0B, 0, 0, lines, 0, 0x10, 0}), refused);
+  for (const uint8_t lines : Bytes{0, 3, 5, 8})
+    EXPECT_EQ(host.Ask({0x0B, 0, 0, lines, 0, 0x10, 0}), refused);
   EXPECT_EQ(host.Ask({0x0B, 0, 0, 1, 0x00, 0x20, 0x00}), refused);
   EXPECT_EQ(host.Ask({0x0B, 0, 0, 1, 0x00, 0x00, 0x00}), refused);
   EXPECT_EQ(host.Ask({0x0B, 0, 0, 1, 0x00, 0x10}), kRefusal);
-  EXPECT_EQ(keyboard.Record().refusals, 9u);
+  EXPECT_EQ(keyboard.Record().refusals, 9U);
 }
 
 TEST_F(C1FlashTest, MoreLinesThanAreConnectedAreRefused) {
@@ -140,7 +141,7 @@ TEST_F(C1FlashTest, CellsThatWereNotErasedLoseBitsAndTheSumTells) {
 
 TEST_F(C1FlashTest, BlocksHaveFourByteLengthsUpToTheBuffer) {
   Configure();
-  EXPECT_EQ(host.Ask({0x07, 0, 0, 0, 0, 0x00, 0x20, 0, 0, 0, 0, 0}).size(), 12u);
+  EXPECT_EQ(host.Ask({0x07, 0, 0, 0, 0, 0x00, 0x20, 0, 0, 0, 0, 0}).size(), 12U);
   EXPECT_EQ(host.Ask({0x07, 0, 0, 0, 0, 0x01, 0x20, 0, 0, 0, 0, 0}), kRefusal);
   EXPECT_EQ(host.Ask({0x07, 0, 0, 0, 0, 0x01, 0, 0x01, 0, 0, 0, 0}), kRefusal);
   EXPECT_EQ(host.Ask({0x07, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), kRefusal);
@@ -148,9 +149,9 @@ TEST_F(C1FlashTest, BlocksHaveFourByteLengthsUpToTheBuffer) {
 
 TEST_F(C1FlashTest, BlocksAndSumsEndWithTheChip) {
   Configure();
-  EXPECT_EQ(host.Ask({0x07, 0xFF, 0xFF, 0, 0, 1, 0, 0, 0, 0, 0, 0}).size(), 12u);
+  EXPECT_EQ(host.Ask({0x07, 0xFF, 0xFF, 0, 0, 1, 0, 0, 0, 0, 0, 0}).size(), 12U);
   EXPECT_EQ(host.Ask({0x07, 0xFF, 0xFF, 0, 0, 2, 0, 0, 0, 0, 0, 0}), kRefusal);
-  EXPECT_EQ(host.Ask({0x08, 0, 0, 0, 0, 0x00, 0, 0x01, 0, 0}).size(), 11u);
+  EXPECT_EQ(host.Ask({0x08, 0, 0, 0, 0, 0x00, 0, 0x01, 0, 0}).size(), 11U);
   EXPECT_EQ(host.Ask({0x08, 0, 0, 0, 0, 0x01, 0, 0x01, 0, 0}), kRefusal);
 }
 

@@ -68,7 +68,7 @@ TEST(FaultPlanTest, AFaultIsDueFromItsIndexOnAndStrikesItsTimes) {
   EXPECT_TRUE(plan.Strikes(FaultKind::kLate, {.hostReports = 3}));
   EXPECT_TRUE(plan.Strikes(FaultKind::kLate, {.hostReports = 9}));
   EXPECT_FALSE(plan.Strikes(FaultKind::kLate, {.hostReports = 9}));
-  EXPECT_EQ(plan.Struck(), 2u);
+  EXPECT_EQ(plan.Struck(), 2U);
 }
 
 // One keyboard with one fault; the host asks for the A1 mode, then for the sum of no bytes.
@@ -78,7 +78,7 @@ class FaultTest : public testing::Test {
     keyboard = std::make_unique<Keyboard>(KeyboardOptions{.faults = {Parse(text)}});
     host = std::make_unique<Host>(*keyboard);
   }
-  const Bytes& Report(size_t index) const { return host->last.at(index).report; }
+  [[nodiscard]] const Bytes& Report(size_t index) const { return host->last.at(index).report; }
 
   const Bytes verify = {0x08, 0, 0, 0, 0, 0, 0, 0, 0, 0};
   const Bytes sum = {0x08, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
@@ -135,7 +135,7 @@ TEST_F(FaultTest, ALateReplyComesWithTheNext) {
 }
 
 TEST_F(FaultTest, AShortReportHasExactlyItsBytes) {
-  for (size_t size : {0, 1, 8, 9, 63}) {
+  for (const size_t size : {0U, 1U, 8U, 9U, 63U}) {
     Inject("short-report=" + std::to_string(size) + "@r1");
     host->Ask(kModeA1);
     EXPECT_EQ(Report(0).size(), size);
@@ -166,7 +166,7 @@ TEST_F(FaultTest, ReportsCanComeTwiceOrAgainOrUnasked) {
   EXPECT_EQ(host->Ask(kEnd), (Bytes{0xF1, 0x09, 0, 0, 0}));
   Inject("unsolicited=64@r1");
   host->Ask(kModeA1);
-  ASSERT_EQ(host->last.size(), 65u);
+  ASSERT_EQ(host->last.size(), 65U);
   EXPECT_NE(Report(0)[1], 0);
   EXPECT_EQ(Report(64)[9], 0xF1);
 }
@@ -174,7 +174,7 @@ TEST_F(FaultTest, ReportsCanComeTwiceOrAgainOrUnasked) {
 TEST_F(FaultTest, AReadFailsAndTheReportComesAfterwards) {
   Inject("read-fails@r1");
   host->Ask(kModeA1);
-  ASSERT_EQ(host->last.size(), 2u);
+  ASSERT_EQ(host->last.size(), 2U);
   EXPECT_TRUE(host->last[0].readFails);
   EXPECT_EQ(Report(1)[9], 0xF1);
 }
@@ -193,7 +193,7 @@ TEST_F(FaultTest, RemovalBeforeAReportFailsItsWrite) {
   EXPECT_EQ(host->Ask(kEnd), Bytes{});
   EXPECT_FALSE(host->taken);
   EXPECT_FALSE(keyboard->Attached());
-  EXPECT_EQ(keyboard->Record().commands.size(), 1u);
+  EXPECT_EQ(keyboard->Record().commands.size(), 1U);
 }
 
 TEST_F(FaultTest, RemovalAtAReportTakesItAndSaysNothing) {
@@ -202,7 +202,7 @@ TEST_F(FaultTest, RemovalAtAReportTakesItAndSaysNothing) {
   EXPECT_EQ(host->Ask(kEnd), Bytes{});
   EXPECT_TRUE(host->taken);
   EXPECT_FALSE(keyboard->Attached());
-  EXPECT_EQ(keyboard->Record().commands.size(), 2u);
+  EXPECT_EQ(keyboard->Record().commands.size(), 2U);
 }
 
 TEST_F(FaultTest, RemovalAfterAReportStillAnswersIt) {

@@ -17,7 +17,7 @@ class FlashMemoryTest : public testing::Test {
  protected:
   ~FlashMemoryTest() override { std::filesystem::remove(path); }
 
-  std::string FileText() const {
+  [[nodiscard]] std::string FileText() const {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
   }

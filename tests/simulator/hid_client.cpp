@@ -2,10 +2,10 @@
 // A program that is linked with the real hidapi, as hollin is: it does what its arguments say, one
 // after another, and prints what came of it. With the stand-in in front it reaches simulators.
 #include <hidapi.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -70,7 +70,8 @@ void Do(std::string_view what) {
     device = hid_open(kVendorId, kProductId, nullptr);
     std::printf(device != nullptr ? "opened\n" : "not opened\n");
   }
-  if (what == "open-any") std::printf(hid_open(0, 0, nullptr) ? "opened\n" : "not opened\n");
+  if (what == "open-any")
+    std::printf(hid_open(0, 0, nullptr) != nullptr ? "opened\n" : "not opened\n");
   if (what.starts_with("write:")) Write(what.substr(6));
   if (what == "read") Read();
   if (what == "read-interrupted") ReadInterrupted();

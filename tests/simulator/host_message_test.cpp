@@ -27,7 +27,7 @@ class MessageAssemblerTest : public testing::Test {
 
 TEST_F(MessageAssemblerTest, FiftyFiveBytesAreOneReport) {
   ASSERT_TRUE(assembler.Take(Report(55, 0, 1), message));
-  EXPECT_EQ(message.size(), 55u);
+  EXPECT_EQ(message.size(), 55U);
   EXPECT_EQ(message.front(), 1);
   EXPECT_EQ(message.back(), 55);
 }
@@ -35,7 +35,7 @@ TEST_F(MessageAssemblerTest, FiftyFiveBytesAreOneReport) {
 TEST_F(MessageAssemblerTest, FiftySixBytesAreTwoReports) {
   EXPECT_FALSE(assembler.Take(Report(56, 0, 1), message));
   ASSERT_TRUE(assembler.Take(Report(56, 55, 200), message));
-  EXPECT_EQ(message.size(), 56u);
+  EXPECT_EQ(message.size(), 56U);
   EXPECT_EQ(message.back(), 200);
 }
 
@@ -48,44 +48,44 @@ TEST_F(MessageAssemblerTest, AReportWithAnotherFirstByteIsDropped) {
   Bytes report = Report(1, 0, 1);
   report[0] = 0x50;
   EXPECT_FALSE(assembler.Take(report, message));
-  EXPECT_EQ(assembler.dropped, 1u);
+  EXPECT_EQ(assembler.dropped, 1U);
 }
 
 TEST_F(MessageAssemblerTest, ReportsOfOtherSizesAreDropped) {
-  for (size_t size : {0, 1, 8, 9, 63, 65}) {
+  for (const size_t size : {0U, 1U, 8U, 9U, 63U, 65U}) {
     Bytes report = Report(1, 0, 1);
     report.resize(size);
     EXPECT_FALSE(assembler.Take(report, message)) << size;
   }
-  EXPECT_EQ(assembler.dropped, 6u);
+  EXPECT_EQ(assembler.dropped, 6U);
 }
 
 TEST_F(MessageAssemblerTest, AMessageOfNoBytesIsDropped) {
   EXPECT_FALSE(assembler.Take(Report(0, 0, 1), message));
-  EXPECT_EQ(assembler.dropped, 1u);
+  EXPECT_EQ(assembler.dropped, 1U);
 }
 
 TEST_F(MessageAssemblerTest, AMessageBeyondTheMemoryIsDropped) {
   Bytes report = Report(1, 0, 1);
   report[3] = 0x10;  // one byte more than a MiB
   EXPECT_FALSE(assembler.Take(report, message));
-  EXPECT_EQ(assembler.dropped, 1u);
+  EXPECT_EQ(assembler.dropped, 1U);
   report[1] = 0;
   EXPECT_FALSE(assembler.Take(report, message));
-  EXPECT_EQ(assembler.dropped, 1u);
+  EXPECT_EQ(assembler.dropped, 1U);
 }
 
 TEST_F(MessageAssemblerTest, AGapDropsTheMessage) {
   EXPECT_FALSE(assembler.Take(Report(120, 0, 1), message));
   EXPECT_FALSE(assembler.Take(Report(120, 110, 1), message));
   EXPECT_FALSE(assembler.Take(Report(120, 55, 1), message));
-  EXPECT_EQ(assembler.dropped, 2u);
+  EXPECT_EQ(assembler.dropped, 2U);
 }
 
 TEST_F(MessageAssemblerTest, AnotherTotalDropsTheMessage) {
   EXPECT_FALSE(assembler.Take(Report(56, 0, 1), message));
   EXPECT_FALSE(assembler.Take(Report(57, 55, 1), message));
-  EXPECT_EQ(assembler.dropped, 1u);
+  EXPECT_EQ(assembler.dropped, 1U);
 }
 
 TEST_F(MessageAssemblerTest, OffsetZeroBeginsAfreshWhateverWentBefore) {
@@ -96,11 +96,11 @@ TEST_F(MessageAssemblerTest, OffsetZeroBeginsAfreshWhateverWentBefore) {
 
 TEST(ReplyReportsTest, CarryTheOffsetBeforeTheTotal) {
   const auto reports = ReplyReports(Bytes(56, 0xAB));
-  ASSERT_EQ(reports.size(), 2u);
+  ASSERT_EQ(reports.size(), 2U);
   const Bytes header(reports[1].begin(), reports[1].begin() + 11);
   EXPECT_EQ(header, (Bytes{0x51, 55, 0, 0, 0, 56, 0, 0, 0, 0xAB, 0x00}));
-  EXPECT_EQ(reports[0].size(), 64u);
-  EXPECT_EQ(reports[1].size(), 64u);
+  EXPECT_EQ(reports[0].size(), 64U);
+  EXPECT_EQ(reports[1].size(), 64U);
 }
 
 }  // namespace

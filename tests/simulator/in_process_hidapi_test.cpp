@@ -45,8 +45,8 @@ TEST_F(InProcessHidapiTest, EnumeratingTakesZeroForAnyIdAndOpensNothing) {
   EXPECT_EQ(Count(kVendorId, 0), 1);
   EXPECT_EQ(Count(kVendorId, kProductId), 1);
   EXPECT_EQ(Count(kVendorId, 1), 0);
-  EXPECT_EQ(hidapi.opens, 0u);
-  EXPECT_EQ(hidapi.enumerations, 5u);
+  EXPECT_EQ(hidapi.opens, 0U);
+  EXPECT_EQ(hidapi.enumerations, 5U);
 }
 
 TEST_F(InProcessHidapiTest, AnEntryDescribesItsKeyboard) {
@@ -68,9 +68,9 @@ TEST_F(InProcessHidapiTest, OpeningComparesIdsExactly) {
   hid_device* device = hid_open(kVendorId, kProductId, nullptr);
   ASSERT_NE(device, nullptr);
   hid_close(device);
-  EXPECT_EQ(hidapi.opens, 1u);
-  EXPECT_EQ(hidapi.closes, 1u);
-  EXPECT_EQ(hidapi.openHandles, 0u);
+  EXPECT_EQ(hidapi.opens, 1U);
+  EXPECT_EQ(hidapi.closes, 1U);
+  EXPECT_EQ(hidapi.openHandles, 0U);
 }
 
 TEST_F(InProcessHidapiTest, EveryCallIsRecordedInOrder) {
@@ -85,14 +85,14 @@ TEST_F(InProcessHidapiTest, EveryCallIsRecordedInOrder) {
               ElementsAre("enumerate 1c3e 2b91 -> 1", "free-enumeration", "open 1c3e 2b91 -> ok",
                           StartsWith("write 51 04 00 00 00 00 00 00 00 01 0a 4d 02 00"),
                           StartsWith("read 51 00 00 00 00 01 00 00 00 f1 00"), "close", "exit"));
-  EXPECT_EQ(hidapi.exits, 1u);
+  EXPECT_EQ(hidapi.exits, 1U);
 }
 
 TEST_F(InProcessHidapiTest, RecordingCanBeTurnedOff) {
   hidapi.recordCalls = false;
   hid_exit();
   EXPECT_TRUE(hidapi.calls.empty());
-  EXPECT_EQ(hidapi.exits, 1u);
+  EXPECT_EQ(hidapi.exits, 1U);
 }
 
 TEST_F(InProcessHidapiTest, AReadThatWouldWaitForEverFailsAndSaysSo) {
@@ -153,7 +153,7 @@ TEST_F(InProcessHidapiTest, ADetachedKeyboardCanStillBeClosed) {
   hidapi.Detach(keyboard);
   EXPECT_EQ(WriteMode(device), -1);
   hid_close(device);
-  EXPECT_EQ(hidapi.openHandles, 0u);
+  EXPECT_EQ(hidapi.openHandles, 0U);
 }
 
 TEST_F(InProcessHidapiTest, ARefusedOpenIsNull) {

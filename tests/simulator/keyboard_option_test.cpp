@@ -27,7 +27,7 @@ TEST(SimulatorNumberTest, AnythingElseIsNoNumber) {
   for (const char* text : {"", "K", "0x", "-1", "+1", " 1", "1 ", "1k", "0x1K", "12a", "1.5"}) {
     uint64_t value = 99;
     EXPECT_FALSE(ParseNumber(text, UINT32_MAX, value)) << text;
-    EXPECT_EQ(value, 99u);
+    EXPECT_EQ(value, 99U);
   }
 }
 
@@ -55,7 +55,7 @@ TEST_F(KeyboardOptionTest, A1HasModeSizeBaseAndFile) {
   Set("a1.file=/tmp/with = sign");
   EXPECT_EQ(options.a1.mode, 5);
   EXPECT_EQ(options.a1.size, 2u * 1024 * 1024);
-  EXPECT_EQ(options.a1.base, 0x10000u);
+  EXPECT_EQ(options.a1.base, 0x10000U);
   EXPECT_EQ(options.a1.file, "/tmp/with = sign");
 }
 
@@ -93,17 +93,17 @@ TEST_F(KeyboardOptionTest, C1HasChipsUnitsLinesAndTimes) {
   Set("c1.erase-time=0");
   Set("c1.file=c1");
   EXPECT_EQ(options.c1.mode, 8);
-  EXPECT_EQ(options.c1.capacities[0][0], 0u);
-  EXPECT_EQ(options.c1.capacities[1][1], 65536u);
+  EXPECT_EQ(options.c1.capacities[0][0], 0U);
+  EXPECT_EQ(options.c1.capacities[1][1], 65536U);
   EXPECT_EQ(options.c1.eraseUnits, (std::vector<uint32_t>{256, 32768}));
-  EXPECT_EQ(options.c1.lines, 2u);
-  EXPECT_EQ(options.c1.bufferSize, 4096u);
+  EXPECT_EQ(options.c1.lines, 2U);
+  EXPECT_EQ(options.c1.bufferSize, 4096U);
   EXPECT_EQ(options.c1.eraseTime.count(), 0);
   EXPECT_EQ(options.c1.file, "c1");
 }
 
 TEST_F(KeyboardOptionTest, EveryOptionIsDescribed) {
-  EXPECT_EQ(OptionDescriptions().size(), 21u);
+  EXPECT_EQ(OptionDescriptions().size(), 21U);
   for (const OptionDescription& option : OptionDescriptions()) {
     EXPECT_TRUE(std::string(option.name).find('.') == 2) << option.name;
   }
@@ -150,15 +150,15 @@ TEST_F(KeyboardOptionTest, BadOptionsAreRefused) {
 TEST_F(KeyboardOptionTest, ATextHoldsOneOptionALineAndComments) {
   std::string badLine;
   EXPECT_TRUE(SetOptions("# a comment\n\n  a1.size=64K\r\na1.base=1", options, badLine));
-  EXPECT_EQ(options.a1.size, 65536u);
-  EXPECT_EQ(options.a1.base, 1u);
+  EXPECT_EQ(options.a1.size, 65536U);
+  EXPECT_EQ(options.a1.base, 1U);
 }
 
 TEST_F(KeyboardOptionTest, TheFirstBadLineIsTold) {
   std::string badLine;
   EXPECT_FALSE(SetOptions("a1.size=64K\nsize=1\na1.base=1\n", options, badLine));
   EXPECT_EQ(badLine, "size=1");
-  EXPECT_EQ(options.a1.base, 0u);
+  EXPECT_EQ(options.a1.base, 0U);
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ TEST_F(KeyboardTest, TheModeCommandIsAnsweredInOneReport) {
   Bytes expected(64, 0);
   const Bytes start = {0x51, 0, 0, 0, 0, 1, 0, 0, 0, 0xF1};
   std::ranges::copy(start, expected.begin());
-  ASSERT_EQ(deliveries.size(), 1u);
+  ASSERT_EQ(deliveries.size(), 1U);
   EXPECT_EQ(deliveries[0].report, expected);
 }
 
@@ -67,8 +67,9 @@ TEST_F(KeyboardTest, EndIsEchoedAlwaysAndEndsTheMode) {
 
 TEST_F(KeyboardTest, UnknownCommandsAreRefused) {
   host.Ask(kModeA1);
-  for (const uint8_t code : Bytes{0x00, 0x02, 0x0A, 0x0B, 0xFF}) EXPECT_EQ(host.Ask({code}), kRefusal);
-  EXPECT_EQ(keyboard.Record().refusals, 5u);
+  for (const uint8_t code : Bytes{0x00, 0x02, 0x0A, 0x0B, 0xFF})
+    EXPECT_EQ(host.Ask({code}), kRefusal);
+  EXPECT_EQ(keyboard.Record().refusals, 5U);
 }
 
 TEST_F(KeyboardTest, AnA1BlockIsEchoedErasedProgrammedAndAcknowledgedTwice) {
@@ -76,7 +77,7 @@ TEST_F(KeyboardTest, AnA1BlockIsEchoedErasedProgrammedAndAcknowledgedTwice) {
   EXPECT_EQ(host.Ask(header), header);
   EXPECT_EQ(keyboard.A1().memory.erased, (std::vector<Range>{{0x10, 3}}));
   EXPECT_EQ(host.Ask(data), (Bytes{0xF4, 0xD4}));
-  EXPECT_EQ(host.last.size(), 2u);
+  EXPECT_EQ(host.last.size(), 2U);
   EXPECT_EQ(keyboard.A1().memory.Contents()[0x12], 3);
   EXPECT_EQ(keyboard.A1().memory.Contents()[0x13], 0xFF);
 }
@@ -125,11 +126,11 @@ TEST_F(KeyboardTest, VerifySumsTheBytesThatAreThere) {
 
 TEST_F(KeyboardTest, RangesBeyondTheA1ChipAreRefused) {
   host.Ask(kModeA1);
-  EXPECT_EQ(host.Ask({0x08, 0xFF, 0xFF, 0x0F, 0, 1, 0, 0, 0, 0}).size(), 11u);
+  EXPECT_EQ(host.Ask({0x08, 0xFF, 0xFF, 0x0F, 0, 1, 0, 0, 0, 0}).size(), 11U);
   EXPECT_EQ(host.Ask({0x08, 0xFF, 0xFF, 0x0F, 0, 2, 0, 0, 0, 0}), kRefusal);
   EXPECT_EQ(host.Ask({0x08, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0}), kRefusal);
   EXPECT_EQ(host.Ask({0x07, 0xFE, 0xFF, 0x0F, 0, 3, 0, 6, 0, 0, 0, 0}), kRefusal);
-  EXPECT_EQ(host.Ask({0x07, 0xFD, 0xFF, 0x0F, 0, 3, 0, 6, 0, 0, 0, 0}).size(), 12u);
+  EXPECT_EQ(host.Ask({0x07, 0xFD, 0xFF, 0x0F, 0, 3, 0, 6, 0, 0, 0, 0}).size(), 12U);
 }
 
 TEST_F(KeyboardTest, AHostThatGivesABlockUpIsAnswered) {
@@ -138,7 +139,7 @@ TEST_F(KeyboardTest, AHostThatGivesABlockUpIsAnswered) {
   host.Ask({0x07, 0, 0, 0, 0, 128, 0, 0, 0, 0, 0, 0});
   host.Ask(Bytes(64, 0));
   EXPECT_EQ(host.Ask(kEnd), kEnd);
-  EXPECT_EQ(keyboard.Record().abandonedBlocks, 1u);
+  EXPECT_EQ(keyboard.Record().abandonedBlocks, 1U);
 }
 
 TEST_F(KeyboardTest, UnpluggingForgetsTheModeButNotTheFlash) {
@@ -161,10 +162,10 @@ TEST_F(KeyboardTest, ItRecordsCommandsBlocksAndReports) {
   host.Ask(data);
   const KeyboardRecord& record = keyboard.Record();
   EXPECT_EQ(record.commands, (std::vector<Bytes>{kModeA1, header}));
-  EXPECT_EQ(record.blocks, 1u);
-  EXPECT_EQ(record.counters.hostReports, 3u);
-  EXPECT_EQ(record.counters.commands, 2u);
-  EXPECT_EQ(record.counters.keyboardReports, 4u);
+  EXPECT_EQ(record.blocks, 1U);
+  EXPECT_EQ(record.counters.hostReports, 3U);
+  EXPECT_EQ(record.counters.commands, 2U);
+  EXPECT_EQ(record.counters.keyboardReports, 4U);
 }
 
 TEST_F(KeyboardTest, ContentsAreKeptInAFileForEachKind) {
@@ -175,9 +176,9 @@ TEST_F(KeyboardTest, ContentsAreKeptInAFileForEachKind) {
                   .c1 = {.capacities = {{{16, 0}, {4, 0}}}, .file = folder + "/c1"}});
   std::string failedFile;
   ASSERT_TRUE(other.KeepContents(failedFile));
-  EXPECT_EQ(std::filesystem::file_size(folder + "/a1"), 8u);
-  EXPECT_EQ(std::filesystem::file_size(folder + "/a2"), 16u);
-  EXPECT_EQ(std::filesystem::file_size(folder + "/c1"), 20u);
+  EXPECT_EQ(std::filesystem::file_size(folder + "/a1"), 8U);
+  EXPECT_EQ(std::filesystem::file_size(folder + "/a2"), 16U);
+  EXPECT_EQ(std::filesystem::file_size(folder + "/c1"), 20U);
   std::filesystem::remove_all(folder);
   Keyboard failing({.a2 = {.file = folder + "/a2"}});
   EXPECT_FALSE(failing.KeepContents(failedFile));

@@ -3,12 +3,12 @@
 // and simulators in processes of their own.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -38,7 +38,7 @@ std::string Zeros(size_t count) {
 // A program with pipes to its input and from its output.
 class Process {
  public:
-  Process(Lines command, const std::map<std::string, std::string>& environment) {
+  Process(const Lines& command, const std::map<std::string, std::string>& environment) {
     int in[2];
     int out[2];
     if (pipe(in) != 0 || pipe(out) != 0) return;
@@ -87,7 +87,7 @@ class Process {
     status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
     return status;
   }
-  pid_t Id() const { return process; }
+  [[nodiscard]] pid_t Id() const { return process; }
 
  private:
   static constexpr int kRunning = -1;
@@ -126,7 +126,7 @@ class StandinTest : public testing::Test {
   ~StandinTest() override { std::filesystem::remove_all(folder); }
 
   // Longer than a socket's address has room for.
-  std::string Directory() const { return folder + "/" + std::string(120, 'd'); }
+  [[nodiscard]] std::string Directory() const { return folder + "/" + std::string(120, 'd'); }
 
   std::unique_ptr<Process> Simulator(Lines arguments = {}) {
     arguments.insert(arguments.begin(), {SIMULATOR, "--dir", Directory()});
@@ -140,17 +140,17 @@ class StandinTest : public testing::Test {
   }
   Lines RunClient(const Lines& arguments) {
     const auto client = Client(arguments);
-    const Lines lines = client->Rest();
+    Lines lines = client->Rest();
     EXPECT_EQ(client->Wait(), 0);
     return lines;
   }
-  Lines Log() const {
+  [[nodiscard]] Lines Log() const {
     std::ifstream file(folder + "/log");
     Lines lines;
     for (std::string line; std::getline(file, line);) lines.push_back(line);
     return lines;
   }
-  Lines Sockets() const {
+  [[nodiscard]] Lines Sockets() const {
     Lines names;
     for (const auto& entry : std::filesystem::directory_iterator(Directory())) {
       names.push_back(entry.path().filename());
@@ -226,7 +226,7 @@ TEST_F(StandinTest, AKilledSimulatorEndsReadsAndLeavesANameThatIsIgnored) {
   simulator->Signal(SIGKILL);
   EXPECT_THAT(client->Rest(), ElementsAre("read -1:", "wrote -1"));
   EXPECT_EQ(simulator->Wait(), 128 + SIGKILL);
-  EXPECT_EQ(Sockets().size(), 1u);
+  EXPECT_EQ(Sockets().size(), 1U);
   EXPECT_THAT(RunClient({"enumerate", "open"}), ElementsAre("0 keyboards", "not opened"));
 }
 

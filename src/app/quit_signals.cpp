@@ -17,7 +17,7 @@ namespace {
 std::array<int, 2> signalPipe = {-1, -1};
 
 // Only writes: little else is allowed in a signal handler. A full pipe has calls enough in it.
-extern "C" void NoteSignal(int) {
+extern "C" void NoteSignal(int /*number*/) {
   const int error = errno;
   const char byte = 0;
   [[maybe_unused]] const ssize_t written = write(signalPipe[1], &byte, 1);

@@ -37,6 +37,7 @@ void BeginReports(uint32_t length) {
 // Sends one report with `size` bytes of the message. Deliberate: what lies behind a short payload
 // is not cleared and goes out as it is.
 bool SendReport(ByteView message, uint32_t offset, uint32_t size) {
+  // NOLINTNEXTLINE(readability-suspicious-call-argument): the message's offset is the value here.
   PutU32(HidDevice::report, kOutgoingOffsetField, offset);
   std::memcpy(HidDevice::report.data() + kPayloadOffset, message.data() + offset, size);
   return hid_write(HidDevice::handle, HidDevice::report.data(), HidDevice::report.size()) >= 0;

@@ -47,7 +47,7 @@ TEST_F(WindowRefreshTest, KeyboardThatComesAndGoesSwitchesUpdate) {
 }
 
 TEST_F(WindowRefreshTest, TwoKeyboardsKeepUpdateOffWhateverThePackage) {
-  for (const size_t packs : {1, 2}) {
+  for (const size_t packs : {1U, 2U}) {
     OpenGoodPackage(1, {.packs = packs});
     hidapi.deviceCount = 2;
     window->RefreshDevice();
@@ -63,7 +63,7 @@ TEST_F(WindowRefreshTest, ThreeKeyboardsAreMoreThanOneToo) {
 }
 
 TEST_F(WindowRefreshTest, RefreshAndOpenAreNotTouched) {
-  for (const size_t devices : {0, 1, 2}) {
+  for (const size_t devices : {0U, 1U, 2U}) {
     hidapi.deviceCount = devices;
     window->buttonRefresh->setEnabled(false);
     window->buttonOpen->setEnabled(false);
@@ -89,7 +89,7 @@ TEST_F(WindowRefreshTest, TwoPacksCountTogetherInTheBar) {
 TEST_F(WindowRefreshTest, NoneOrTwoKeyboardsLeaveTheBar) {
   window->progressStatus->setRange(0, 9);
   window->progressStatus->setValue(5);
-  for (const size_t devices : {0, 2}) {
+  for (const size_t devices : {0U, 2U}) {
     hidapi.deviceCount = devices;
     window->RefreshDevice();
     EXPECT_EQ(window->progressStatus->maximum(), 9);

@@ -160,7 +160,7 @@ TEST_F(DatFileExamineTest, ReservedBytesAreNotRead) {
   for (const auto& [begin, end] : kReserved) {
     for (size_t i = begin; i < end; i++) package[i] = 0xA5;
   }
-  for (const size_t block : {0, 1, 2}) RepairHeaderSum(package, block);
+  for (const size_t block : {0U, 1U, 2U}) RepairHeaderSum(package, block);
 
   EXPECT_TRUE(Examine(package));
 

@@ -97,10 +97,10 @@ TEST_F(DatFileRejectTest, EveryCutOfAPackageIsInvalid) {
 }
 
 TEST_F(DatFileRejectTest, FilesThatEndInTheirHeadersAreInvalid) {
-  for (const size_t size : {1, 123, 124, 125, 127, 128, 129, 251, 252, 255}) {
+  for (const size_t size : {1U, 123U, 124U, 125U, 127U, 128U, 129U, 251U, 252U, 255U}) {
     EXPECT_FALSE(Examine(ByteView(SmallestOnePackPackage()).first(size))) << size;
   }
-  for (const size_t size : {255, 256, 257, 379, 380, 383}) {
+  for (const size_t size : {255U, 256U, 257U, 379U, 380U, 383U}) {
     EXPECT_FALSE(Examine(ByteView(SmallestTwoPackPackage()).first(size))) << size;
   }
   EXPECT_TRUE(Examine(SmallestOnePackPackage()));
@@ -120,7 +120,7 @@ TEST_F(DatFileRejectTest, ARegionThatRunsPastTheEndIsInvalid) {
 
 // Each of the four regions: far outside, and so that address and length wrap around to the file.
 TEST_F(DatFileRejectTest, ARegionWhoseEndWrapsIsInvalid) {
-  for (const size_t address : {192, 240, 320, 368}) {
+  for (const size_t address : {192U, 240U, 320U, 368U}) {
     EXPECT_FALSE(Examine(With(address, 0x7FFFFFFF))) << address;
     EXPECT_FALSE(Examine(With(address, 0xFFFFFFFF))) << address;
     EXPECT_FALSE(Examine(With(address + 4, 0x7FFFFFFF))) << address;

@@ -37,7 +37,7 @@ TEST(PackageLayoutTest, TheChecksRunInTheirOrder) {
   file[123] = 3;
   file[128]++;
   file[256]++;
-  for (const size_t sum : {200, 328, 248, 376}) file[sum]++;
+  for (const size_t sum : {200U, 328U, 248U, 376U}) file[sum]++;
   EXPECT_EQ(DefectOf(file), PackageDefect::kPackCount);
 
   file[123] = 2;

@@ -23,6 +23,12 @@ TEST(PacketTest, AnEmptyPacketHasNoBytes) {
   EXPECT_TRUE(packet.empty());
 }
 
+TEST(PutTest, ANumberIsPutLittleEndianAndItsNeighboursStay) {
+  Bytes bytes = Filled(6, 0xEE);
+  PutU32(bytes, 1, 0x04030201);
+  EXPECT_EQ(bytes, Hex("EE 01 02 03 04 EE"));
+}
+
 TEST(ReadTest, NumbersAreLittleEndian) {
   const Bytes bytes = Hex("FF 01 02 03 04 FF");
   EXPECT_EQ(ReadU16(bytes, 1), 0x0201);

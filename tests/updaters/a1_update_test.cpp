@@ -97,6 +97,13 @@ TEST_F(A1UpdateTest, IndexesBeyondTheBlocksAreRefusedWithNothingSent) {
   EXPECT_TRUE(update->RunStep(2));
 }
 
+TEST_F(A1UpdateTest, ThePlanDecidesAndNotTheImage) {
+  LoadThreeBlocks();
+  update->stepCount = 4;
+  EXPECT_FALSE(update->RunStep(2));
+  EXPECT_THAT(hidapi.calls, IsEmpty());
+}
+
 // The headers count, not the indexes: addresses follow what was written.
 TEST_F(A1UpdateTest, WriteAddressesFollowWhatWasWritten) {
   LoadThreeBlocks();

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 #include <limits>
 #include <string>
 #include <type_traits>
@@ -29,34 +28,6 @@ using ::testing::SizeIs;
 
 class AXUpdateTest : public LinkTest {
  protected:
-  // A reply that comes after each message of up to 55 bytes.
-  void AnswerEach(const Bytes& message) {
-    hidapi.onWrite = [this, message](const Bytes& /*report*/) { hidapi.Reply(message); };
-  }
-
-  // Every byte of a good reply in turn, with all its bits turned round: none may pass.
-  void ExpectEveryByteCounts(const Bytes& good, const std::function<bool()>& command) {
-    for (size_t i = 0; i < good.size(); i++) {
-      Bytes wrong = good;
-      wrong[i] ^= 0xFF;
-      hidapi.Reply(wrong);
-      EXPECT_FALSE(command()) << "byte " << i;
-      wrong[i] = good[i] ^ 0x01;
-      hidapi.Reply(wrong);
-      EXPECT_FALSE(command()) << "lowest bit of byte " << i;
-    }
-    hidapi.Reply(good);
-    EXPECT_TRUE(command());
-  }
-
-  // Every cut of a good reply: what did not come never equals what should have.
-  void ExpectNoCutPasses(const Bytes& good, const std::function<bool()>& command) {
-    for (size_t size = 1; size < good.size(); size++) {
-      hidapi.Reply(ByteView(good).first(size));
-      EXPECT_FALSE(command()) << size << " bytes";
-    }
-  }
-
   AXUpdate updater{"the description", "the image"};
 };
 
@@ -254,157 +225,6 @@ TEST_F(AXUpdateTest, TheOpenLinkServesTheSecondUpdater) {
   EXPECT_TRUE(second.EnterUpdateMode(5));
   EXPECT_EQ(hidapi.CountOf("hid_enumerate"), 1U);
   EXPECT_EQ(hidapi.CountOf("hid_open"), 1U);
-}
-
-TEST_F(AXUpdateTest, VerifyRangeSendsTenBytesAndComparesEleven) {
-  OpenLink();
-  hidapi.Reply(Hex("08  78 56 34 12  04 03 02 01  CD AB"));
-  EXPECT_TRUE(updater.VerifyRange(0x12345678, 0x01020304, 0xABCD));
-  EXPECT_THAT(hidapi.SentMessages(), ElementsAre(Hex("08  78 56 34 12  04 03 02 01  00")));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_write", "hid_read"));
-}
-
-TEST_F(AXUpdateTest, EveryByteOfTheVerifyReplyIsCompared) {
-  OpenLink();
-  ExpectEveryByteCounts(Hex("08  78 56 34 12  04 03 02 01  CD AB"),
-                        [this] { return updater.VerifyRange(0x12345678, 0x01020304, 0xABCD); });
-}
-
-TEST_F(AXUpdateTest, VerifyRangeComparesTheLowSixteenBitsOfTheSum) {
-  OpenLink();
-  AnswerEach(Hex("08  00 00 00 00  00 00 00 00  34 12"));
-  for (const uint32_t sum : {0x1234U, 0x11234U, 0xFFFF1234U}) {
-    EXPECT_TRUE(updater.VerifyRange(0, 0, sum)) << sum;
-  }
-  for (const uint32_t sum : {0x1233U, 0x1235U, 0x3412U, 0x12340000U}) {
-    EXPECT_FALSE(updater.VerifyRange(0, 0, sum)) << sum;
-  }
-}
-
-TEST_F(AXUpdateTest, AVerifyReplyThatIsCutNeverPasses) {
-  OpenLink();
-  ExpectNoCutPasses(Hex("08  00 00 00 00  00 00 00 00  00 00"),
-                    [this] { return updater.VerifyRange(0, 0, 0); });
-  ExpectNoCutPasses(Hex("08  FF FF FF FF  FF FF FF FF  FF FF"),
-                    [this] { return updater.VerifyRange(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFF); });
-}
-
-TEST_F(AXUpdateTest, AVerifyReplyOfTwelveBytesFails) {
-  OpenLink();
-  hidapi.Reply(Hex("08  00 00 00 00  00 00 00 00  00 00  00"));
-  EXPECT_FALSE(updater.VerifyRange(0, 0, 0));
-}
-
-TEST_F(AXUpdateTest, AVerifyThatCannotBeSentOrAnsweredFails) {
-  OpenLink();
-  hidapi.failingWrite = 1;
-  EXPECT_FALSE(updater.VerifyRange(0, 0, 0));
-  EXPECT_EQ(hidapi.CountOf("hid_read"), 0U);
-  hidapi.ReplyFailure();
-  EXPECT_FALSE(updater.VerifyRange(0, 0, 0));
-  EXPECT_TRUE(HidDevice::IsOpen());
-}
-
-TEST_F(AXUpdateTest, VerifyRangeDoesNotConnect) {
-  EXPECT_FALSE(updater.VerifyRange(0, 0, 0));
-  EXPECT_THAT(hidapi.calls, IsEmpty());
-}
-
-TEST_F(AXUpdateTest, FinishUpdateOfASuccessSendsZero) {
-  OpenLink();
-  hidapi.Reply(Hex("09 00 00 00"));
-  EXPECT_TRUE(updater.FinishUpdate(true));
-  EXPECT_THAT(hidapi.SentMessages(), ElementsAre(Hex("09 00 00 00")));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_write", "hid_read", "hid_close", "hid_exit"));
-  EXPECT_FALSE(HidDevice::IsOpen());
-}
-
-TEST_F(AXUpdateTest, FinishUpdateOfAFailureSendsOne) {
-  OpenLink();
-  hidapi.Reply(Hex("09 01 00 00"));
-  EXPECT_TRUE(updater.FinishUpdate(false));
-  EXPECT_THAT(hidapi.SentMessages(), ElementsAre(Hex("09 01 00 00")));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_write", "hid_read", "hid_close", "hid_exit"));
-}
-
-TEST_F(AXUpdateTest, EveryByteOfTheEndReplyIsCompared) {
-  ExpectEveryByteCounts(Hex("09 00 00 00"), [this] { return updater.FinishUpdate(true); });
-  ExpectEveryByteCounts(Hex("09 01 00 00"), [this] { return updater.FinishUpdate(false); });
-}
-
-TEST_F(AXUpdateTest, AnEndReplyThatIsCutNeverPasses) {
-  ExpectNoCutPasses(Hex("09 00 00 00"), [this] { return updater.FinishUpdate(true); });
-  ExpectNoCutPasses(Hex("09 01 00 00"), [this] { return updater.FinishUpdate(false); });
-}
-
-TEST_F(AXUpdateTest, AnEndReplyOfFiveBytesFails) {
-  hidapi.Reply(Hex("09 00 00 00 00"));
-  EXPECT_FALSE(updater.FinishUpdate(true));
-}
-
-TEST_F(AXUpdateTest, FinishUpdateClosesTheLinkWhenTheKeyboardAnswersWrongly) {
-  OpenLink();
-  hidapi.Reply(Hex("09 01 00 00"));
-  EXPECT_FALSE(updater.FinishUpdate(true));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_write", "hid_read", "hid_close", "hid_exit"));
-  EXPECT_FALSE(HidDevice::IsOpen());
-}
-
-TEST_F(AXUpdateTest, FinishUpdateClosesTheLinkWhenTheEndCannotBeSent) {
-  OpenLink();
-  hidapi.failingWrite = 1;
-  EXPECT_FALSE(updater.FinishUpdate(true));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_write", "hid_close", "hid_exit"));
-  EXPECT_FALSE(HidDevice::IsOpen());
-}
-
-TEST_F(AXUpdateTest, FinishUpdateClosesTheLinkWhenTheKeyboardIsRemoved) {
-  OpenLink();
-  hidapi.ReplyFailure();
-  EXPECT_FALSE(updater.FinishUpdate(true));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_write", "hid_read", "hid_close", "hid_exit"));
-  EXPECT_EQ(HidDevice::handle, nullptr);
-}
-
-TEST_F(AXUpdateTest, FinishUpdateThatCannotConnectLeavesTheLinkAsItIs) {
-  for (const size_t count : {size_t{0}, size_t{2}}) {
-    hidapi.deviceCount = count;
-    hidapi.calls.clear();
-    EXPECT_FALSE(updater.FinishUpdate(false));
-    EXPECT_THAT(hidapi.calls, ElementsAre("hid_enumerate", "hid_free_enumeration"));
-  }
-}
-
-TEST_F(AXUpdateTest, AfterAFailedConnectFinishUpdateCountsAndOpensAgain) {
-  hidapi.deviceCount = 0;
-  EXPECT_FALSE(updater.EnterUpdateMode(5));
-  hidapi.deviceCount = 1;
-  hidapi.calls.clear();
-  hidapi.Reply(Hex("09 01 00 00"));
-  EXPECT_TRUE(updater.FinishUpdate(false));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_enumerate", "hid_free_enumeration", "hid_open",
-                                        "hid_write", "hid_read", "hid_close", "hid_exit"));
-  EXPECT_THAT(hidapi.SentMessages(), ElementsAre(Hex("09 01 00 00")));
-}
-
-TEST_F(AXUpdateTest, AfterTheEndTheNextRunStartsAfresh) {
-  AnswerEach(Hex("F1"));
-  ASSERT_TRUE(updater.EnterUpdateMode(5));
-  hidapi.onWrite = {};
-  hidapi.Reply(Hex("09 00 00 00"));
-  ASSERT_TRUE(updater.FinishUpdate(true));
-  hidapi.calls.clear();
-  hidapi.Reply(Hex("F1"));
-  EXPECT_TRUE(updater.EnterUpdateMode(5));
-  EXPECT_THAT(hidapi.calls, ElementsAre("hid_enumerate", "hid_free_enumeration", "hid_open",
-                                        "hid_write", "hid_read"));
-}
-
-// The buffer still holds the command: a report that brings a header only would echo it.
-TEST_F(AXUpdateTest, AShortReportIsNoEchoOfTheEnd) {
-  OpenLink();
-  hidapi.ReplyReport(KeyboardReport(0, 4, {}, 9));
-  EXPECT_FALSE(updater.FinishUpdate(true));
 }
 
 TEST_F(AXUpdateTest, CommandsPrintNothing) {

@@ -39,6 +39,11 @@ class LinkTest : public ::testing::Test {
     hidapi.calls.clear();
   }
 
+  // A reply that comes after each message of up to 55 bytes.
+  void AnswerEach(const Bytes& message) {
+    hidapi.onWrite = [this, message](const Bytes& /*report*/) { hidapi.Reply(message); };
+  }
+
   ScriptedHidapi& hidapi = Hidapi();
 };
 

@@ -103,6 +103,7 @@ bool A2Update::RunStep(uint32_t index) {
     SkipSector(index);
     return true;
   }
+  if (!HasBytesLeft(BytesOfSector(index))) return Fail(UpdateFailure::kBeyondPlan);
   const bool isWritten = EraseAndProgram(
       readPos, [&] { return EraseSector(index); }, [&] { return ProgramSector(index); });
   if (!isWritten) return false;
@@ -120,7 +121,8 @@ bool A2Update::VerifyImage() {
       continue;
     }
     const uint32_t bytes = BytesOfSector(sector);
-    const uint32_t sum = WordSum(&image[imageStart + readPos], static_cast<int32_t>(bytes));
+    const ByteView data = ImageView().subspan(imageStart + readPos, bytes);
+    const uint32_t sum = WordSum(data.data(), static_cast<int32_t>(data.size()));
     bytesDone += SectorSize(sector);
     readPos += bytes;
     if (!VerifyRange(flash.sectorAddrs[sector], bytes / kWordSize, sum)) return false;
@@ -147,6 +149,11 @@ uint32_t A2Update::BytesOfSector(uint32_t sector) const {
 
 bool A2Update::IsReserved(uint32_t sector) const {
   return reserved.Contains(flash.sectorAddrs[sector]);
+}
+
+// Steps that run in order always find their bytes; one that is taken out of turn might not.
+bool A2Update::HasBytesLeft(uint32_t count) const {
+  return uint64_t{imageStart} + readPos + count <= static_cast<uint64_t>(imageLength);
 }
 
 // Walks the plan as the steps will, in 64 bits: sector lists that do not ascend, repeat or wrap

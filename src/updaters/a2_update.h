@@ -20,8 +20,8 @@ class A2Update final : public AXUpdate {
   [[nodiscard]] bool LoadFiles() override;
   [[nodiscard]] bool CheckConfig() override;
   [[nodiscard]] bool PlanSteps() override;
-  [[nodiscard]] bool RunStep(
-      uint32_t index) override;  // erases and programs sector `index`, or skips it
+  // Erases and programs sector `index`, or skips it.
+  [[nodiscard]] bool RunStep(uint32_t index) override;
   [[nodiscard]] bool VerifyImage() override;
 
   // Seconds to send the data of a block in a sector of so many blocks.
@@ -39,6 +39,7 @@ class A2Update final : public AXUpdate {
   [[nodiscard]] uint32_t BytesOfSector(uint32_t sector) const;
   [[nodiscard]] bool IsReserved(uint32_t sector) const;
   [[nodiscard]] bool PlanLiesInImage() const;
+  [[nodiscard]] bool HasBytesLeft(uint32_t count) const;
   void SkipSector(uint32_t sector);
 
   [[nodiscard]] bool EraseSector(uint32_t sector);

@@ -200,6 +200,16 @@ TEST_F(A2UpdateStepsTest, ARunAfterOneThatBrokeOffSendsTheSame) {
   EXPECT_EQ(hidapi.SentMessages(), first);
 }
 
+// The cursor belongs to the steps before: one taken out of turn must not leave the image.
+TEST_F(A2UpdateStepsTest, AStepTakenAgainReadsNothingBehindTheImage) {
+  ASSERT_TRUE(Plan(Counting(40)));
+  ASSERT_TRUE(RunSteps(3));
+  hidapi.writes.clear();
+  EXPECT_FALSE(update.RunStep(1));
+  EXPECT_FALSE(update.RunStep(2));
+  EXPECT_TRUE(hidapi.writes.empty());
+}
+
 TEST_F(A2UpdateStepsTest, ModeIs1UntilTheDescriptionSaysOtherwise) {
   EXPECT_TRUE(update.EnterUpdateMode(5));
   EXPECT_EQ(keyboard.commands, Messages{Hex("01 0A 4D 01")});

@@ -22,7 +22,7 @@ class A2UpdateStepsTest : public A2Test {
     return found;
   }
 
-  // Takes everything from the sums to the messages as a run of the whole plan sends it.
+  // The middle steps and the verification, in order.
   [[nodiscard]] bool RunAll() { return RunSteps(update.plannedSectors) && update.VerifyImage(); }
 };
 

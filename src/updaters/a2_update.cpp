@@ -2,11 +2,11 @@
 #include "updaters/a2_update.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 #include "base/pause.h"
 #include "device/commands.h"
+#include "updaters/a2_erase_timer.h"
 #include "updaters/description_file.h"
 #include "updaters/sector_attempts.h"
 
@@ -21,8 +21,6 @@ constexpr uint32_t kLargestBlock = 0x10000;
 // listed.
 constexpr uint32_t kAbsoluteCyclesStart = 0x1400;
 
-constexpr std::chrono::milliseconds kFirstPollPause{700};
-constexpr std::chrono::milliseconds kPollPause{20};
 constexpr int kMatchesWanted = 2;
 constexpr int kMostReErases = 5;
 constexpr int kProgramResends = 10;
@@ -204,20 +202,18 @@ bool A2Update::SendEraseCycles(uint32_t sector) {
 }
 
 bool A2Update::PollErase(uint32_t sector, int& reErases) {
-  // 64 bits: the longest allowed time must not wrap into polling for ever.
-  uint64_t elapsed = 0;
+  A2EraseTimer timer;
   int matches = 0;
   while (true) {
-    const auto pause = elapsed == 0 ? kFirstPollPause : kPollPause;
-    Pause(pause);
+    Pause(timer.NextPause());
     bool isErased = false;
     if (!AwaitErasedWord(isErased)) return false;
     matches = isErased ? matches + 1 : 0;
     if (matches == kMatchesWanted) return true;
-    elapsed += static_cast<uint64_t>(pause.count());
+    timer.CountPause();
     // Deliberate: elapsed time is never reset, so that every later poll without success erases
     // again.
-    if (elapsed > flash.maxSectorEraseTime) {
+    if (timer.elapsed > flash.maxSectorEraseTime) {
       if (reErases == kMostReErases) return Fail(UpdateFailure::kNotErased);
       reErases++;
       static_cast<void>(Erase(sector, reErases));

@@ -40,6 +40,8 @@ C1Update::C1Update(std::string configPath, std::string imagePath)
 void C1Update::Reset() {
   mode = kMode;
   flash = {};
+  reserved = {};
+  RestartWalk();
 }
 
 bool C1Update::LoadFiles() {

@@ -157,6 +157,23 @@ TEST_F(C1UpdatePlanTest, ARowOfAllEntriesIsPassed) {
   EXPECT_EQ(Sectors(2), (std::vector<uint32_t>{3, 4}));
 }
 
+TEST_F(C1UpdatePlanTest, AResetBringsTheDefaultsBackAndReservesNothing) {
+  ASSERT_TRUE(PlanFlash(32, {0}));
+  update.flash.lineMode = 4;
+  update.flash.spiNumber = 1;
+  update.flash.chipSelectNumber = 1;
+  update.mode = 9;
+  update.Reset();
+  EXPECT_EQ(update.mode, 3U);
+  EXPECT_TRUE(update.flash.reservedSectors.empty());
+  EXPECT_FALSE(update.IsReserved(0));
+  EXPECT_EQ(Sectors(1), std::vector<uint32_t>{0});
+  EXPECT_EQ(update.flash.lineMode, 1U);
+  EXPECT_EQ(update.flash.spiNumber, 0U);
+  EXPECT_EQ(update.flash.chipSelectNumber, 0U);
+  EXPECT_EQ(update.flash.sectorSize, 65536U);
+}
+
 struct Rule {
   const char* name;
   void (*change)(C1Description& flash);

@@ -20,8 +20,7 @@ constexpr uint32_t kChunkSize = 8192;
 constexpr uint32_t kLineModes = 0x16;  // the bits numbered 1, 2 and 4
 
 constexpr std::chrono::milliseconds kPollPause{20};
-constexpr int kPollsInTime =
-    100;  // polls before the erase is late: 20 ms each, 1981 ms are too long
+constexpr int kPollsInTime = 100;  // of 20 ms each; then the erase is late
 constexpr int kExtraPolls = 5;
 
 // Seconds, as Send and Receive take them.
@@ -90,6 +89,7 @@ bool C1Update::RunStep(uint32_t index) {
   }
   uint32_t sector = 0;
   if (!FindUnreservedSector(index, sector)) return Fail(UpdateFailure::kNoFreeSector);
+  if (!HasBytesLeft(BytesOfDataSector(index))) return Fail(UpdateFailure::kBeyondPlan);
   const bool isWritten = EraseAndProgram(
       readPosition, [&] { return Erase(sector); }, [&] { return ProgramSector(index, sector); });
   if (!isWritten) return false;
@@ -161,11 +161,13 @@ uint32_t C1Update::BytesOfDataSector(uint32_t index) const {
   return index + 1 == dataSectorCount ? dataLength - index * flash.sectorSize : flash.sectorSize;
 }
 
-// The next bytes of the image. Fewer than asked for only if the steps did not run in order.
+// Steps that run in order always find their bytes; one that is taken out of turn might not.
+bool C1Update::HasBytesLeft(uint32_t count) const {
+  return uint64_t{dataStart} + readPosition + count <= static_cast<uint64_t>(imageLength);
+}
+
 ByteView C1Update::NextData(uint32_t length) const {
-  const ByteView rest =
-      ImageView().subspan(std::min<size_t>(dataStart + readPosition, ImageView().size()));
-  return rest.first(std::min<size_t>(length, rest.size()));
+  return ImageView().subspan(dataStart + readPosition, length);
 }
 
 bool C1Update::SwitchMode(int32_t& retries) {
@@ -224,7 +226,6 @@ bool C1Update::ProgramSector(uint32_t index, uint32_t sector) {
   uint32_t address = SectorAddress(sector);
   for (uint32_t left = bytes; left > 0;) {
     const ByteView data = NextData(std::min(left, kChunkSize));
-    if (data.empty()) return Fail(UpdateFailure::kBeyondPlan);
     if (!SendChunk(address, data, DataTimeOut(bytes))) return false;
     const auto length = static_cast<uint32_t>(data.size());
     readPosition += length;

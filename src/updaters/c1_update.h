@@ -56,13 +56,14 @@ class C1Update final : public AXUpdate {
   // A place in the walk over the sectors that are not reserved.
   struct Place {
     uint32_t index = 0;   // of the data sector
-    uint32_t sector = 0;  // where it goes; or, before the walk began, where to look first
+    uint32_t sector = 0;  // where it goes
     bool isFound = false;
   };
 
   void RestartWalk();
   [[nodiscard]] bool AdvanceWalk();
   [[nodiscard]] uint32_t BytesOfDataSector(uint32_t index) const;
+  [[nodiscard]] bool HasBytesLeft(uint32_t count) const;
   [[nodiscard]] ByteView NextData(uint32_t length) const;
   [[nodiscard]] bool SwitchMode(int32_t& retries);
   [[nodiscard]] bool AskCapacity(int32_t retries);

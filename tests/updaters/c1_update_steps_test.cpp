@@ -104,6 +104,15 @@ TEST_F(C1UpdateStepsTest, ARunAfterOneThatBrokeOffSendsTheSame) {
   EXPECT_EQ(hidapi.SentMessages(), first);
 }
 
+// The cursor belongs to the steps before: one taken out of turn must not leave the image.
+TEST_F(C1UpdateStepsTest, AStepTakenAgainReadsNothingBehindTheImage) {
+  ASSERT_TRUE(Plan(Counting(70)));
+  ASSERT_TRUE(RunSteps(3));
+  hidapi.writes.clear();
+  EXPECT_FALSE(update.RunStep(1));
+  EXPECT_TRUE(hidapi.writes.empty());
+}
+
 TEST_F(C1UpdateStepsTest, SectorsOfOneByteAreWrittenOneByOne) {
   update.flash.sectorSize = 1;
   update.flash.reservedSectors = {1};

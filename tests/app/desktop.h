@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// The desktop that a program shows its windows on: an X server in memory without a window manager.
+// Windows are named by their titles.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "tests/support/subprocess.h"
+
+namespace hollin {
+
+// Asks again and again until `isTrue` or it takes too long; the last answer.
+[[nodiscard]] bool Eventually(const std::function<bool()>& isTrue);
+
+class Desktop {
+ public:
+  Desktop();
+  ~Desktop();
+  Desktop(const Desktop&) = delete;
+  Desktop& operator=(const Desktop&) = delete;
+
+  // What a program needs in order to appear here.
+  [[nodiscard]] std::pair<std::string, std::string> Environment() const {
+    return {"DISPLAY", display};
+  }
+
+  [[nodiscard]] bool Shows(const std::string& title) const { return !WindowNamed(title).empty(); }
+  // Presses a key, as xdotool names it, in that window.
+  void Press(const std::string& title, const std::string& key) const;
+  // What a window manager does when the user closes a window.
+  void Close(const std::string& title) const;
+
+ private:
+  [[nodiscard]] std::string WindowNamed(const std::string& title) const;
+  [[nodiscard]] std::string Xdotool(const std::vector<std::string>& arguments) const;
+
+  Subprocess server;
+  std::string display;
+};
+
+}  // namespace hollin

@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: MIT
+// The real program on a display of its own, with the keyboard in software behind the stand-in for
+// hidapi.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <sstream>
+
+#include "package/package_writer.h"
+#include "tests/app/desktop.h"
+#include "tests/support/hex_bytes.h"
+#include "tests/support/simulator_process.h"
+#include "tests/support/temp_folder.h"
+
+namespace hollin {
+namespace {
+
+constexpr const char* kHollin = HOLLIN_BIN_DIR "/hollin";
+constexpr size_t kFlashSize = 1024;
+constexpr size_t kImageSize = 1000;  // of blocks of 256 bytes
+const std::array<std::string, 4> kTempFiles = {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN", "/tmp/TEMP2.INI",
+                                               "/tmp/TEMP2.BIN"};
+
+Bytes Image() { return Counting(kImageSize, 7); }
+Bytes FlashWithImage() { return Image() + Filled(kFlashSize - kImageSize, 0xFF); }
+
+Bytes SamplePackage() {
+  const std::string description =
+      "[Chip Info]\nChip Size=1K\n[Transmission Info]\nData Length=256\n";
+  const Bytes image = Image();
+  Bytes file;
+  const PackRefusal refusal = WritePackage(
+      {.productModel = "TS30",
+       .firmwareVersion = "V1",
+       .keys = {},
+       .packs = {{.dataType = "A1", .description = ViewOf(description), .image = image}}},
+      file);
+  EXPECT_EQ(refusal, PackRefusal::kNone);
+  return file;
+}
+
+bool TempFilesExist() {
+  return std::ranges::any_of(kTempFiles, [](const auto& path) {
+    return std::filesystem::exists(std::filesystem::symlink_status(path));
+  });
+}
+
+class WindowProgramTest : public ::testing::Test {
+ protected:
+  void AttachKeyboard(std::vector<std::string> options = {}) {
+    options.insert(options.end(), {"--option", "a1.size=1K"});
+    options.insert(options.end(), {"--option", "a1.file=" + folder.Path("flash")});
+    keyboard.emplace(bus, options);
+  }
+  void Start(const std::vector<std::string>& command) {
+    auto environment = bus.Environment();
+    environment.push_back(desktop.Environment());
+    environment.emplace_back("QT_QPA_PLATFORM", "xcb");
+    hollin.emplace(Subprocess::Setup{.command = command, .environment = environment});
+    ASSERT_TRUE(Eventually([this] { return desktop.Shows(caption); }));
+  }
+  void StartWithPackage(const std::string& program = kHollin) {
+    Start({program, folder.Write("sample.dat", SamplePackage())});
+    ASSERT_TRUE(Eventually([this] { return !Recorded("enumerate").empty(); }));
+  }
+  // Open has the focus, then Refresh, then Update.
+  void PressUpdate() {
+    for (const char* key : {"Tab", "Tab", "space"}) desktop.Press(caption, key);
+  }
+  // An update that never goes on: the keyboard does not answer the first command.
+  void StartEndlessUpdate() {
+    AttachKeyboard({"--fault", "mute@1"});
+    StartWithPackage();
+    PressUpdate();
+    ASSERT_TRUE(Eventually([this] { return !Recorded("write").empty(); }));
+  }
+  void ExpectAlert(const std::string& title) {
+    EXPECT_TRUE(Eventually([&] { return desktop.Shows(title); }));
+  }
+  void DismissAlert(const std::string& title) {
+    desktop.Press(title, "Return");
+    EXPECT_TRUE(Eventually([&] { return !desktop.Shows(title); }));
+  }
+  void ExpectQuit() {
+    EXPECT_EQ(hollin->Wait(), 0);
+    EXPECT_FALSE(TempFilesExist());
+  }
+  // What the program did with hidapi, and its pauses: the lines that begin with that word.
+  [[nodiscard]] std::vector<std::string> Recorded(const std::string& word) const {
+    std::vector<std::string> lines;
+    std::istringstream record(bus.Record());
+    for (std::string line; std::getline(record, line);) {
+      if (line.starts_with(word)) lines.push_back(line);
+    }
+    return lines;
+  }
+
+  TempFolder folder;
+  SimulatedBus bus;
+  Desktop desktop;
+  std::string caption = "Varnholt TS30 Firmware Update V2.0.0";
+  std::optional<SimulatorProcess> keyboard;
+  std::optional<Subprocess> hollin;
+};
+
+class WindowProgramSignalTest : public WindowProgramTest,
+                                public ::testing::WithParamInterface<int> {};
+
+TEST_F(WindowProgramTest, UpdateWritesThePackageIntoTheKeyboard) {
+  AttachKeyboard();
+  StartWithPackage();
+  EXPECT_TRUE(TempFilesExist());
+  PressUpdate();
+  ExpectAlert("Information");
+  EXPECT_EQ(folder.Read("flash"), FlashWithImage());
+  EXPECT_EQ(Recorded("pause"), std::vector<std::string>(6, "pause 0.500000000"));
+  DismissAlert("Information");
+  hollin->Signal(SIGTERM);
+  ExpectQuit();
+}
+
+TEST_F(WindowProgramTest, KeyboardThatRefusesIsAnErrorAndASecondRunHeals) {
+  AttachKeyboard({"--fault", "wrong-status@c3"});
+  StartWithPackage();
+  PressUpdate();
+  ExpectAlert("Error");
+  DismissAlert("Error");
+  PressUpdate();
+  ExpectAlert("Information");
+  EXPECT_EQ(folder.Read("flash"), FlashWithImage());
+}
+
+TEST_F(WindowProgramTest, ClosingTheIdleWindowQuits) {
+  StartWithPackage();
+  desktop.Close(caption);
+  ExpectQuit();
+}
+
+TEST_F(WindowProgramTest, ClosingTheUpdatingWindowHidesItAndQuittingStillWorks) {
+  StartEndlessUpdate();
+  desktop.Close(caption);
+  EXPECT_TRUE(Eventually([this] { return !desktop.Shows(caption); }));
+  EXPECT_TRUE(TempFilesExist());
+  hollin->Signal(SIGTERM);
+  ExpectQuit();
+}
+
+TEST_F(WindowProgramTest, HiddenWindowComesBackWhenTheKeyboardIsPulled) {
+  StartEndlessUpdate();
+  desktop.Close(caption);
+  EXPECT_TRUE(Eventually([this] { return !desktop.Shows(caption); }));
+  keyboard->Signal(SIGUSR1);
+  ExpectAlert("Error");
+  EXPECT_TRUE(desktop.Shows(caption));
+}
+
+TEST_F(WindowProgramTest, QuittingDuringTheFinalAlertIsClean) {
+  AttachKeyboard();
+  StartWithPackage();
+  PressUpdate();
+  ExpectAlert("Information");
+  hollin->Signal(SIGTERM);
+  ExpectQuit();
+}
+
+TEST_F(WindowProgramTest, IgnoredHangupStaysIgnored) {
+  Start({"/usr/bin/nohup", kHollin});
+  hollin->Signal(SIGHUP);
+  desktop.Press(caption, "space");  // and it goes on to do what it is told
+  EXPECT_TRUE(Eventually([this] { return desktop.Shows("Open File"); }));
+}
+
+TEST_F(WindowProgramTest, PackageThatCannotBeReadIsSaidOverTheShownWindow) {
+  Start({kHollin, folder.Path("missing.dat")});
+  ExpectAlert("Error");
+  DismissAlert("Error");
+  EXPECT_TRUE(desktop.Shows(caption));
+}
+
+TEST_F(WindowProgramTest, ConfigurationBesideTheBundleGivesCaptionAndIds) {
+  std::filesystem::create_directory(folder.Path("Hollin.app"));
+  std::filesystem::copy_file(std::filesystem::canonical(kHollin), folder.Path("Hollin.app/hollin"));
+  folder.Write("Config.ini",
+               "IDC_VID=1234 ; without prefix\nIDC_PID=0x2abcd\nIDS_STRING_CAPTION = My caption");
+  caption = "My caption";
+  AttachKeyboard({"--vid", "1234", "--pid", "abcd"});
+  StartWithPackage(folder.Path("Hollin.app/hollin"));
+  PressUpdate();
+  ExpectAlert("Information");
+}
+
+TEST_P(WindowProgramSignalTest, SignalQuitsTheIdleProgram) {
+  StartWithPackage();
+  EXPECT_TRUE(TempFilesExist());
+  hollin->Signal(GetParam());
+  ExpectQuit();
+}
+
+TEST_P(WindowProgramSignalTest, SignalQuitsAnUpdateThatNeverEnds) {
+  StartEndlessUpdate();
+  hollin->Signal(GetParam());
+  ExpectQuit();
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, WindowProgramSignalTest,
+                         ::testing::Values(SIGTERM, SIGINT, SIGHUP), [](const auto& test) {
+                           return std::string("SIG") + sigabbrev_np(test.param);
+                         });
+
+}  // namespace
+}  // namespace hollin

@@ -3,6 +3,8 @@
 // byte of every chip is what it must be, reserved sectors and the rest of the chips included.
 #include <algorithm>
 #include <map>
+#include <string>
+#include <tuple>
 
 #include "tests/cli/whole_program_test.h"
 
@@ -67,11 +69,11 @@ class CombinationsTest : public WholeProgramTest {
   }
 };
 
-class OnePackTest : public CombinationsTest, public ::testing::WithParamInterface<const char*> {};
+class OnePackTest : public CombinationsTest, public ::testing::WithParamInterface<std::string> {};
 
 TEST_P(OnePackTest, LeavesEveryByteAsItMustBe) {
   const SimulatorProcess keyboard(bus, FlashFiles());
-  const std::string sample = GetParam();
+  const std::string& sample = GetParam();
   const Ended ended = Run({"update", folder.Path("samples/" + sample + ".dat")});
   EXPECT_EQ(ended.exitCode, 0) << ended.err;
   Chips expected = ErasedChips();
@@ -82,12 +84,11 @@ TEST_P(OnePackTest, LeavesEveryByteAsItMustBe) {
 INSTANTIATE_TEST_SUITE_P(Kinds, OnePackTest, ::testing::Values("a1", "a2-word", "a2-buffer", "c1"));
 
 class TwoPacksTest : public CombinationsTest,
-                     public ::testing::WithParamInterface<std::tuple<const char*, const char*>> {};
+                     public ::testing::WithParamInterface<std::tuple<std::string, std::string>> {};
 
 TEST_P(TwoPacksTest, LeaveEveryByteAsItMustBe) {
   const SimulatorProcess keyboard(bus, FlashFiles());
-  const std::string first = std::get<0>(GetParam());
-  const std::string second = std::get<1>(GetParam());
+  const auto& [first, second] = GetParam();
   const Ended ended = Run({"update", folder.Path("samples/" + first + "-" + second + ".dat")});
   EXPECT_EQ(ended.exitCode, 0) << ended.err;
   Chips expected = ErasedChips();

@@ -223,7 +223,7 @@ TEST_F(A2UpdateStepsTest, ManySectorsAndReservedEntriesRunQuickly) {
     update.flash.sectorAddrs.push_back(sector * 8);
     if (sector < 10000) update.flash.reservedSectors.push_back((65535 - 2 * sector) * 8);
   }
-  ASSERT_TRUE(Plan(Filled(65536 * 16, 0)));
+  ASSERT_TRUE(Plan(Filled(size_t{65536} * 16, 0)));
   EXPECT_EQ(update.StepCount(), 65538U);
   EXPECT_TRUE(update.VerifyImage());
   EXPECT_EQ(keyboard.CountOf(0x08), 55536U);

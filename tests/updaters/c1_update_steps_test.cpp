@@ -129,7 +129,7 @@ TEST_F(C1UpdateStepsTest, ManySectorsAndReservedEntriesRunQuickly) {
   for (uint32_t entry = 0; entry < 10000; entry++) {
     update.flash.reservedSectors.push_back((20000 - 2 * entry) * 16);
   }
-  ASSERT_TRUE(Plan(Filled(65536 * 16, 0)));
+  ASSERT_TRUE(Plan(Filled(size_t{65536} * 16, 0)));
   EXPECT_EQ(update.StepCount(), 65538U);
   EXPECT_TRUE(update.VerifyImage());
   EXPECT_EQ(keyboard.CountOf(0x08), 65536U);

@@ -17,7 +17,7 @@ int64_t Percent(const UpdateProgress& progress) {
 
 std::string Bar(const UpdateProgress& progress, size_t cells) {
   const size_t filled = cells * static_cast<size_t>(Percent(progress)) / 100;
-  return "[" + std::string(filled, '#') + std::string(cells - filled, '.') + "] ";
+  return fmt::format("[{}{}] ", std::string(filled, '#'), std::string(cells - filled, '.'));
 }
 
 std::string Times(const UpdateProgress& progress) {

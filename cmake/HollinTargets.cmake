@@ -20,12 +20,26 @@ function(hollin_library name)
   target_link_libraries(${name} PUBLIC hollin_options ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
 endfunction()
 
+# GoogleTest's headers, read once for all test programs: they take longer to compile than most tests.
+function(hollin_test_headers)
+  if(NOT TARGET hollin_test_headers)
+    file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/test_headers.cpp" CONTENT "")
+    add_library(hollin_test_headers OBJECT "${PROJECT_BINARY_DIR}/test_headers.cpp")
+    target_link_libraries(hollin_test_headers PRIVATE hollin_options GTest::gmock)
+    target_precompile_headers(hollin_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+  endif()
+endfunction()
+
 # A test program, every case a CTest case in a process of its own: hollin_test(name SOURCES ... LIBRARIES ...
 # [LOCKS the things of the machine that only one case may use at a time])
 function(hollin_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LOCKS;ENVIRONMENT" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE hollin_options ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
+  if(NOT arg_LIBRARIES MATCHES "Qt6::")  # Qt asks for other options of code generation
+    hollin_test_headers()
+    target_precompile_headers(${name} REUSE_FROM hollin_test_headers)
+  endif()
   set(properties TIMEOUT 120)
   if(arg_LOCKS)
     list(APPEND properties RESOURCE_LOCK ${arg_LOCKS})

@@ -88,6 +88,10 @@ inline constexpr size_t kConfigureCapacity = 1;
 inline Bytes BlockHeader(uint32_t address, uint32_t length, uint32_t sum) {
   return Packet().U8(0x07).U32(address).U16(length).U16(sum).Zeros(3);
 }
+// A2 compares the bytes that mean something: code, address, length and sum. Its keyboards may put
+// anything in place of the three zeros, so a longer comparison would fail good ones. A1 compares
+// all twelve.
+inline constexpr size_t kHeaderEcho = 9;
 
 // Block header of an SPI flash: 0x07, flash address (4), length in bytes (4), sum of the bytes (2),
 // 0x00. The reply echoes its first 11 bytes.

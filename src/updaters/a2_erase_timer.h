@@ -20,6 +20,8 @@ struct A2EraseTimer {
   }
   // Counts the pause that NextPause gave.
   void CountPause() { elapsed += static_cast<uint64_t>(NextPause().count()); }
+  // Whether more than the allowed milliseconds are over.
+  [[nodiscard]] bool IsLate(uint32_t allowed) const { return elapsed > allowed; }
 };
 
 }  // namespace hollin

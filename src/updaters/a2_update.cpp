@@ -2,6 +2,7 @@
 #include "updaters/a2_update.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "base/pause.h"
@@ -25,7 +26,6 @@ constexpr int kMatchesWanted = 2;
 constexpr int kMostReErases = 5;
 constexpr int kProgramResends = 10;
 constexpr int kBufferResends = 5;
-constexpr size_t kHeaderEcho = 9;
 
 // Seconds, as Send and Receive take them.
 constexpr double kCommandTimeOut = 0.1;
@@ -91,7 +91,8 @@ bool A2Update::PlanSteps() {
 }
 
 bool A2Update::RunStep(uint32_t index) {
-  // A plan that reaches outside the image fails here, before the first erase.
+  // A plan that reaches outside the image, or whose sectors are out of order, fails here, before
+  // the first erase.
   if (index >= plannedSectors || !isPlanInsideImage) return Fail(UpdateFailure::kBeyondPlan);
   if (index == 0) {
     readPos = 0;
@@ -132,11 +133,16 @@ double A2Update::DataTimeOut(uint32_t blockCount) {
   return blockCount == 1 ? kSingleBlockTimeOut : kSeveralBlocksTimeOut;
 }
 
-// In bytes. The last sector of the list is as large as the one before it.
+// In bytes, modulo 2^32. The last sector of the list is as large as the one before it.
 uint32_t A2Update::SectorSize(uint32_t sector) const {
+  return static_cast<uint32_t>(WholeSectorSize(sector));
+}
+
+// The same without the modulus; of a list that ascends.
+uint64_t A2Update::WholeSectorSize(uint32_t sector) const {
   const std::vector<uint32_t>& sectors = flash.sectorAddrs;
   const size_t first = std::min<size_t>(sector, sectors.size() - 2);
-  return (sectors[first + 1] - sectors[first]) * kWordSize;
+  return (uint64_t{sectors[first + 1]} - sectors[first]) * kWordSize;
 }
 
 // What the image has for a sector, with `bytesDone` at its start: the last planned one gets the
@@ -154,20 +160,18 @@ bool A2Update::HasBytesLeft(uint32_t count) const {
   return uint64_t{imageStart} + readPos + count <= static_cast<uint64_t>(imageLength);
 }
 
-// Walks the plan as the steps will, in 64 bits: sector lists that do not ascend, repeat or wrap
-// give ranges that do not exist.
+// Looks at the whole plan in 64 bits, reserved sectors included. In a list that ascends throughout
+// every planned range ends where the next begins, so all of them lie in the image when the last one
+// begins there; and the last one must not take more than it holds.
 bool A2Update::PlanLiesInImage() const {
-  uint64_t done = 0;
-  for (uint32_t sector = 0; sector < plannedSectors; sector++) {
-    const bool isLast = sector + 1 == plannedSectors;
-    if (!IsReserved(sector)) {
-      if (isLast && done > bytesToWrite) return false;
-      const uint64_t bytes = isLast ? bytesToWrite - done : SectorSize(sector);
-      if (imageStart + done + bytes > static_cast<uint64_t>(imageLength)) return false;
-    }
-    done += SectorSize(sector);
-  }
-  return true;
+  const std::vector<uint32_t>& sectors = flash.sectorAddrs;
+  const auto disorder = std::adjacent_find(sectors.begin(), sectors.end(), std::greater_equal{});
+  if (disorder != sectors.end()) return false;
+  const uint64_t rest = static_cast<uint64_t>(imageLength) - uint64_t{flash.fileOffset} * kWordSize;
+  if (rest != bytesToWrite) return false;  // the offset lies behind the image, or a size wrapped
+  const uint32_t last = plannedSectors - 1;
+  const uint64_t begin = (uint64_t{sectors[last]} - sectors.front()) * kWordSize;
+  return begin <= rest && rest - begin <= WholeSectorSize(last);
 }
 
 // The image's bytes for a reserved sector are dropped, not written elsewhere.
@@ -213,7 +217,7 @@ bool A2Update::PollErase(uint32_t sector, int& reErases) {
     timer.CountPause();
     // Deliberate: elapsed time is never reset, so that every later poll without success erases
     // again.
-    if (timer.elapsed > flash.maxSectorEraseTime) {
+    if (timer.IsLate(flash.maxSectorEraseTime)) {
       if (reErases == kMostReErases) return Fail(UpdateFailure::kNotErased);
       reErases++;
       static_cast<void>(Erase(sector, reErases));

@@ -36,6 +36,7 @@ class A2Update final : public AXUpdate {
 
  private:
   [[nodiscard]] uint32_t SectorSize(uint32_t sector) const;
+  [[nodiscard]] uint64_t WholeSectorSize(uint32_t sector) const;
   [[nodiscard]] uint32_t BytesOfSector(uint32_t sector) const;
   [[nodiscard]] bool IsReserved(uint32_t sector) const;
   [[nodiscard]] bool PlanLiesInImage() const;
@@ -54,7 +55,7 @@ class A2Update final : public AXUpdate {
   [[nodiscard]] bool SendBlock(uint32_t address, uint32_t words, double dataTimeOut);
 
   AddressSet reserved;             // of the description, for look-ups
-  bool isPlanInsideImage = false;  // whether every planned range lies in the image
+  bool isPlanInsideImage = false;  // whether sectors ascend and all planned ones lie in the image
 };
 
 }  // namespace hollin

@@ -19,12 +19,24 @@ TEST(A2EraseTimerTest, TheFirstPauseIs700MillisecondsAndEachLaterOne20) {
   EXPECT_EQ(timer.NextPause(), milliseconds(20));
 }
 
-// The largest time that a description can allow ends after 49.7 days.
-TEST(A2EraseTimerTest, ElapsedPasses32Bits) {
-  A2EraseTimer timer{.elapsed = 0xFFFFFFF0};
+TEST(A2EraseTimerTest, AnEraseIsLateOnceItsTimeIsExceeded) {
+  const A2EraseTimer timer{.elapsed = 720};
+  EXPECT_FALSE(timer.IsLate(721));
+  EXPECT_FALSE(timer.IsLate(720));
+  EXPECT_TRUE(timer.IsLate(719));
+}
+
+// 700 milliseconds and then 20 at a time reach 2^32 - 16 after 49.7 days, and pass the largest time
+// that a description can allow with the next poll.
+TEST(A2EraseTimerTest, TheLargestTimeEndsBeyond32Bits) {
+  constexpr uint32_t kLargest = 0xFFFFFFFF;
+  A2EraseTimer timer{.elapsed = 700 + uint64_t{20} * 214748329};
+  EXPECT_EQ(timer.elapsed, 0xFFFFFFF0U);
+  EXPECT_FALSE(timer.IsLate(kLargest));
+  EXPECT_EQ(timer.NextPause(), milliseconds(20));
   timer.CountPause();
   EXPECT_EQ(timer.elapsed, 0x100000004U);
-  EXPECT_GT(timer.elapsed, uint64_t{0xFFFFFFFF});
+  EXPECT_TRUE(timer.IsLate(kLargest));
   EXPECT_EQ(timer.NextPause(), milliseconds(20));
 }
 

@@ -150,88 +150,76 @@ TEST_F(A2UpdatePlanTest, APlanIsRefusedAsAWhole) {
   ExpectRefusedBeforeTheFirstErase(Counting(40));
 }
 
-TEST_F(A2UpdatePlanTest, ARepeatedAddressIsASectorOfNothing) {
-  update.flash.sectorAddrs = {0x100, 0x108, 0x108, 0x110};
-  ASSERT_TRUE(Plan(Counting(32)));
-  ASSERT_TRUE(RunSteps(3));
+TEST_F(A2UpdatePlanTest, AListThatRepeatsAnAddressErasesNothing) {
+  for (const auto& sectors : std::vector<std::vector<uint32_t>>{{0x100, 0x100, 0x108, 0x110},
+                                                                {0x100, 0x108, 0x108, 0x110},
+                                                                {0x100, 0x108, 0x110, 0x110}}) {
+    update.flash.sectorAddrs = sectors;
+    ExpectRefusedBeforeTheFirstErase(Counting(32));
+  }
+}
+
+// Only the first sector is planned, but a list out of order describes no flash.
+TEST_F(A2UpdatePlanTest, DisorderBehindThePlanErasesNothingEither) {
+  update.flash.sectorAddrs = {0x100, 0x108, 0x118, 0x110, 0x120};
+  ExpectRefusedBeforeTheFirstErase(Counting(16));
+  EXPECT_EQ(update.plannedSectors, 1U);
+}
+
+TEST_F(A2UpdatePlanTest, AddressesMayBeAsCloseAsOneWord) {
+  update.flash.sectorAddrs = {0x100, 0x101, 0x102};
+  ASSERT_TRUE(Plan(Counting(6)));
+  EXPECT_TRUE(RunSteps(3));
   EXPECT_EQ(Erases(), 3U);
-  EXPECT_EQ(keyboard.CountOf(0x07), 4U);
-  EXPECT_EQ(keyboard.commands.back(), Hex("07 0C 01 00 00 04 00 6C 70 00 00 00"));
 }
 
-// Nothing of a reserved sector is read, wherever it is.
-TEST_F(A2UpdatePlanTest, AReservedSectorMayLieBehindTheImage) {
+// Of the reserved second sector 2^32 - 8 bytes lie behind the image; in 32 bits the third begins at
+// its byte 8.
+TEST_F(A2UpdatePlanTest, AReservedSectorThatReachesBehindTheImageErasesNothing) {
   update.flash.reservedSectors = {0x108};
-  update.flash.sectorAddrs = {0x100, 0x108, 0x20000108, 0x20000110};
-  ASSERT_TRUE(Plan(Counting(17)));
-  EXPECT_TRUE(RunSteps(2));
-  EXPECT_EQ(Erases(), 1U);
+  update.flash.sectorAddrs = {0x100, 0x108, 0x80000104, 0x80000110};
+  ExpectRefusedBeforeTheFirstErase(Counting(40));
+  EXPECT_EQ(update.plannedSectors, 4U);
 }
 
-struct Rule {
-  const char* name;
-  void (*change)(A2Description& flash);
-  bool isUsable;
-};
-
-void PrintTo(const Rule& rule, std::ostream* out) { *out << rule.name; }
-
-class A2UpdateRuleTest : public A2Test, public testing::WithParamInterface<Rule> {};
-
-TEST_P(A2UpdateRuleTest, ADescriptionIsCheckedRuleByRule) {
-  GetParam().change(update.flash);
-  EXPECT_EQ(update.CheckConfig(), GetParam().isUsable);
+// The second sector has 2^32 bytes, which are none in 32 bits.
+TEST_F(A2UpdatePlanTest, ASizeThatWrapsToNothingErasesNothing) {
+  update.flash.sectorAddrs = {0x100, 0x108, 0x80000108, 0x80000110};
+  ExpectRefusedBeforeTheFirstErase(Counting(40));
 }
 
-using Flash = A2Description;
+// The image reaches a little of it and no more is read.
+TEST_F(A2UpdatePlanTest, TheLastPlannedSectorMayEndFarBehindTheImage) {
+  for (const uint32_t reserved : {0x7FFFU, 0x108U}) {
+    update.flash.reservedSectors = {reserved};
+    update.flash.sectorAddrs = {0x100, 0x108, 0x20000108, 0x20000110};
+    ASSERT_TRUE(Plan(Counting(18)));
+    EXPECT_TRUE(RunSteps(2));
+  }
+  EXPECT_EQ(Erases(), 3U);
+  EXPECT_EQ(keyboard.dataOfBlocks.size(), 5U);
+}
 
-const Rule kRules[] = {
-    {"AsItIs", [](Flash&) {}, true},
-    {"NoModel", [](Flash& f) { f.flashModel = ""; }, false},
-    {"NothingReserved", [](Flash& f) { f.reservedSectors = {}; }, false},
-    {"BlockOf0", [](Flash& f) { f.blockSize = 0; }, false},
-    {"BlockOf1", [](Flash& f) { f.blockSize = 1; }, false},
-    {"BlockOf2", [](Flash& f) { f.blockSize = 2; }, true},
-    {"BlockOf4097", [](Flash& f) { f.blockSize = 4097; }, false},
-    {"BlockOf65534", [](Flash& f) { f.blockSize = 0xFFFE; }, true},
-    {"BlockOf65536", [](Flash& f) { f.blockSize = 0x10000; }, true},
-    {"BlockOf65537", [](Flash& f) { f.blockSize = 0x10001; }, false},
-    {"BlockOf65538", [](Flash& f) { f.blockSize = 0x10002; }, false},
-    {"BlockOf4294967294", [](Flash& f) { f.blockSize = 0xFFFFFFFE; }, false},
-    {"NoWriteBack", [](Flash& f) { f.maxWriteBack = 0; }, false},
-    {"WriteBackOf1", [](Flash& f) { f.maxWriteBack = 1; }, true},
-    {"NoEraseTime", [](Flash& f) { f.maxSectorEraseTime = 0; }, false},
-    {"EraseTimeOf1", [](Flash& f) { f.maxSectorEraseTime = 1; }, true},
-    {"EraseAddressMissing", [](Flash& f) { f.eraseAddrs.pop_back(); }, false},
-    {"EraseAddressTooMany", [](Flash& f) { f.eraseAddrs.push_back(0); }, false},
-    {"EraseDataMissing", [](Flash& f) { f.eraseData.pop_back(); }, false},
-    {"EraseDataTooMany", [](Flash& f) { f.eraseData.push_back(0); }, false},
-    {"ProgramAddressMissing", [](Flash& f) { f.programAddrs.pop_back(); }, false},
-    {"ProgramAddressTooMany", [](Flash& f) { f.programAddrs.push_back(0); }, false},
-    {"ProgramDataMissing", [](Flash& f) { f.programData.pop_back(); }, false},
-    {"ProgramDataTooMany", [](Flash& f) { f.programData.push_back(0); }, false},
-    {"WriteBufferAddressMissing", [](Flash& f) { f.writeBufferAddrs.pop_back(); }, false},
-    {"WriteBufferAddressTooMany", [](Flash& f) { f.writeBufferAddrs.push_back(0); }, false},
-    {"WriteBufferDataMissing", [](Flash& f) { f.writeBufferData.pop_back(); }, false},
-    {"WriteBufferDataTooMany", [](Flash& f) { f.writeBufferData.push_back(0); }, false},
-    {"ProgramBufferAddressMissing", [](Flash& f) { f.programBufferAddrs.pop_back(); }, false},
-    {"ProgramBufferAddressTooMany", [](Flash& f) { f.programBufferAddrs.push_back(0); }, false},
-    {"ProgramBufferDataMissing", [](Flash& f) { f.programBufferData.pop_back(); }, false},
-    {"ProgramBufferDataTooMany", [](Flash& f) { f.programBufferData.push_back(0); }, false},
-    {"NoSector", [](Flash& f) { f.sectorAddrs = {}; }, false},
-    {"OneSector", [](Flash& f) { f.sectorAddrs = {0}; }, true},
-    // The lists of the way of programming that is not used count as well.
-    {"WordProgramBrokenInWriteBufferMode",
-     [](Flash& f) {
-       f.writeBufferMode = true;
-       f.programData.pop_back();
-     },
-     false},
-    {"WriteBufferMode", [](Flash& f) { f.writeBufferMode = true; }, true},
-};
+// 2 x 0x80000000 words are 0 bytes in 32 bits. Of this image only the length is there.
+TEST_F(A2UpdatePlanTest, AFileOffsetWhoseBytesWrapErasesNothing) {
+  update.flash.fileOffset = 0x80000000;
+  update.flash.sectorAddrs = {0, 0x20000000, 0x20000001};
+  update.imageLength = 0x40000000;
+  ASSERT_TRUE(update.PlanSteps());
+  EXPECT_EQ(update.imageStart, 0U);
+  EXPECT_FALSE(update.RunStep(0));
+  EXPECT_TRUE(hidapi.calls.empty());
+}
 
-INSTANTIATE_TEST_SUITE_P(Rules, A2UpdateRuleTest, testing::ValuesIn(kRules),
-                         [](const auto& test) { return std::string(test.param.name); });
+// 2^31 bytes are, as a signed number, fewer than any flash has.
+TEST_F(A2UpdatePlanTest, AnImageThatFitsOnlyBySignErasesNothing) {
+  update.flash.sectorAddrs = {0, 8, 16};
+  update.imageLength = 0x80000000;
+  ASSERT_TRUE(update.PlanSteps());
+  EXPECT_EQ(update.plannedSectors, 3U);
+  EXPECT_FALSE(update.RunStep(0));
+  EXPECT_TRUE(hidapi.calls.empty());
+}
 
 }  // namespace
 }  // namespace hollin

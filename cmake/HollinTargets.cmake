@@ -30,6 +30,11 @@ function(hollin_test_headers)
   endif()
 endfunction()
 
+# No test meets a Hollin that runs on the same computer: the tests' lock lies in a folder of their own.
+set(HOLLIN_TEST_RUNTIME_DIR "${CMAKE_BINARY_DIR}/runtime")
+file(MAKE_DIRECTORY "${HOLLIN_TEST_RUNTIME_DIR}")
+file(CHMOD "${HOLLIN_TEST_RUNTIME_DIR}" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+
 # A test program, every case a CTest case in a process of its own: hollin_test(name SOURCES ... LIBRARIES ...
 # [LOCKS the things of the machine that only one case may use at a time])
 function(hollin_test name)
@@ -44,6 +49,7 @@ function(hollin_test name)
   if(arg_LOCKS)
     list(APPEND properties RESOURCE_LOCK ${arg_LOCKS})
   endif()
+  list(APPEND properties ENVIRONMENT_MODIFICATION "XDG_RUNTIME_DIR=set:${HOLLIN_TEST_RUNTIME_DIR}")
   if(arg_ENVIRONMENT)
     list(APPEND properties ENVIRONMENT "${arg_ENVIRONMENT}")
   endif()

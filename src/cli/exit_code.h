@@ -10,6 +10,7 @@ enum class ExitCode {
   kUsage = 2,          // the arguments make no sense, or ask for what a package cannot hold
   kPackage = 3,        // the package, or a file it is to be made of, is unreadable or invalid
   kKeyboard = 4,       // no keyboard, or more than one
+  kBusy = 5,           // another Hollin of this user is at work
   kInterrupted = 130,  // ended by Ctrl-C or a signal like it
 };
 

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include "app/instance_lock.h"
 #include "app/update_loop.h"
 #include "base/log.h"
 #include "cli/failure_record.h"
@@ -88,6 +89,10 @@ ExitCode RunUpdateCommand(const UpdateArguments& arguments, UpdateDisplay& displ
   if (!datFile.OpenDatFile(arguments.package)) {
     return Refuse(display, ExitCode::kPackage,
                   {std::string(words::kUnableToOpen) + arguments.package});
+  }
+  InstanceLock lock;
+  if (lock.Take() == LockState::kBusy) {
+    return Refuse(display, ExitCode::kBusy, {std::string(words::kAnotherAtWork)});
   }
   HoldBackSignals();  // from here on there are temporary files to remove
   const TempFiles tempFiles(datFile);

@@ -16,6 +16,7 @@ inline constexpr std::string_view kMoreThanOneDevice = "More than one device! Re
 inline constexpr std::string_view kUpdateCompleted =
     "Update completed, please use the TS30 power switch to restart the keyboard.";
 inline constexpr std::string_view kUpdateError = "Update Error!";
+inline constexpr std::string_view kAnotherAtWork = "another Hollin is at work";
 
 inline constexpr std::string_view kUpdateStopped =
     "Update stopped. The keyboard must be updated again before it can be used.";

@@ -7,6 +7,7 @@
 
 #include "app/app_delegate.h"
 #include "app/main_window.h"
+#include "app/main_window_services.h"
 #include "app/process_signals.h"
 #include "app/quit_signals.h"
 
@@ -18,7 +19,7 @@ using hollin::MainWindow;
 // From the event loop, so that the window is there before a message about the package is.
 void OpenWhenShown(MainWindow& window, const std::string& path) {
   QMetaObject::invokeMethod(
-      &window, [&window, path] { window.OpenPackage(path); }, Qt::QueuedConnection);
+      &window, [&window, path] { window.OpenDatAtPath(path); }, Qt::QueuedConnection);
 }
 
 // A worker may wait for a silent keyboard for ever, and what it uses must not be taken from under
@@ -41,6 +42,8 @@ int main(int argc, char** argv) {
   delegate.setWindow(&window);
   const auto terminate = [&delegate] { delegate.Terminate(); };
   QObject::connect(&window, &MainWindow::CloseRequested, terminate);
+  QObject::connect(&window, &MainWindow::QuitRequested, terminate);
+  hollin::WatchDevices(window);
   hollin::CallOnQuitSignals(terminate);
   delegate.applicationDidFinishLaunching();
   window.show();

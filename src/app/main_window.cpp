@@ -2,16 +2,22 @@
 #include "app/main_window.h"
 
 #include <QCloseEvent>
+#include <QDropEvent>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTimer>
+#include <QUrl>
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <exception>
 #include <new>
 #include <thread>
+#include <utility>
 
 #include "app/device_settings.h"
 #include "app/open_panel.h"
@@ -53,10 +59,20 @@ void PostProgress(QObject& relay, const QPointer<MainWindow>& window, int32_t va
   while (!TryPost(relay, window, value)) Pause(kPauseForMemory);
 }
 
+// The path of what is dropped, if it is one package that lies on this computer.
+std::string DroppedPackage(const QMimeData& data) {
+  const QList<QUrl> urls = data.urls();
+  if (urls.size() != 1 || !urls[0].isLocalFile()) return {};
+  const QString path = urls[0].toLocalFile();
+  return IsPackageName(path) ? QFile::encodeName(path).toStdString() : std::string();
+}
+
 }  // namespace
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
+  setAcceptDrops(true);
   BuildLayout();
+  BuildMenus();
   ConnectActions();
 }
 
@@ -77,7 +93,7 @@ void MainWindow::SetButtonEnable(bool enabled) {
 }
 
 void MainWindow::ShowErrorMessage(const QString& text) {
-  ShowAlert({.message = tr("Error"), .informativeText = text, .style = AlertStyle::kWarning});
+  TellUser({.message = tr("Error"), .informativeText = text, .style = AlertStyle::kWarning});
 }
 
 // Qt takes "[*]" for the place of its mark of unsaved changes, and two of them for one in plain.
@@ -89,10 +105,10 @@ void MainWindow::OpenDat() {
   if (isUpdating) return;
   const QPointer<MainWindow> self(this);
   const std::string path = ChoosePackage();
-  if (self && !path.empty()) OpenPackage(path);
+  if (self && !path.empty()) OpenDatAtPath(path);
 }
 
-void MainWindow::OpenPackage(const std::string& path) {
+void MainWindow::OpenDatAtPath(const std::string& path) {
   if (isUpdating) return;
   const QString shownPath = QString::fromStdString(path);
   textFieldPath->setText(shownPath);
@@ -179,11 +195,29 @@ void MainWindow::RefreshProgress(int32_t value) {
 
 void MainWindow::FinishUpdating(const Alert& alert) {
   if (isHidden() || isMinimized()) BringToFront();
-  const QPointer<MainWindow> self(this);
-  ShowAlert(alert);
-  if (!self) return;
+  if (!TellUser(alert)) return;
   isUpdating = false;
   SetButtonEnable(true);
+}
+
+// Everything may happen in the alert's event loop but a refresh, which waits for its end.
+bool MainWindow::TellUser(const Alert& alert) {
+  const QPointer<MainWindow> self(this);
+  alertCount++;
+  ShowAlert(alert);
+  if (!self) return false;
+  alertCount--;
+  if (alertCount == 0 && std::exchange(hasMissedChange, false)) DevicesMayHaveChanged();
+  return true;
+}
+
+void MainWindow::DevicesMayHaveChanged() {
+  if (isUpdating || !buttonRefresh->isEnabled()) return;
+  if (alertCount > 0) {
+    hasMissedChange = true;
+  } else {
+    RefreshDevice();
+  }
 }
 
 void MainWindow::RemoveTempFile() { datFile.DeleteTempFiles(); }
@@ -207,6 +241,23 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   } else {
     emit CloseRequested();
   }
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+  QMainWindow::paintEvent(event);
+  if (!std::exchange(wasPainted, true)) QTimer::singleShot(0, this, &MainWindow::Painted);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!isUpdating && !DroppedPackage(*event->mimeData()).empty()) event->acceptProposedAction();
+}
+
+// From the event loop: whoever it was dragged from must not wait until an alert is dismissed.
+void MainWindow::dropEvent(QDropEvent* event) {
+  const std::string path = DroppedPackage(*event->mimeData());
+  if (isUpdating || path.empty()) return;
+  event->acceptProposedAction();
+  QTimer::singleShot(0, this, [this, path] { OpenDatAtPath(path); });
 }
 
 void LoadDeviceSettings(MainWindow& window) {

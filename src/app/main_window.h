@@ -12,15 +12,20 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "app/alert.h"
 #include "package/dat_file_examine.h"
 
+class QAction;
+class QKeySequence;
 class QLabel;
 class QLineEdit;
+class QMenu;
 class QProgressBar;
 class QPushButton;
+class QUndoStack;
 
 namespace hollin {
 
@@ -37,11 +42,15 @@ class MainWindow : public QMainWindow {
   void SetButtonEnable(bool enabled);
   void ShowErrorMessage(const QString& text);
   void SetCaption(const std::string& caption);  // UTF-8
-  // Reads and shows the package at `path`, in the file system's own bytes. Ignored while updating.
-  void OpenPackage(const std::string& path);
+  // Opens the package at `path`, in the file system's own bytes, as if it had been chosen in the
+  // open panel. Ignored while updating.
+  void OpenDatAtPath(const std::string& path);
   void RemoveTempFile();
   // Shows the window above the others, hidden or minimised as it may be.
   void BringToFront();
+  // What is done when keyboards may have come or gone: the same as by Refresh, whenever that could
+  // be pressed. What comes while an alert is up waits for its end.
+  void DevicesMayHaveChanged();
   // From the start of an update until its final alert was dismissed.
   [[nodiscard]] bool IsUpdating() const { return isUpdating; }
 
@@ -63,6 +72,9 @@ class MainWindow : public QMainWindow {
   QPushButton* buttonOpen = nullptr;
   QLabel* imageView = nullptr;
 
+  // The window's undo manager, or null; asked for when Undo or Redo is used or the Edit menu opens.
+  std::function<QUndoStack*()> windowWillReturnUndoManager;
+
   DatFileExamine datFile;
   HidDevice* pUSB = nullptr;  // the device finder, made on the first refresh; never owned
   int32_t pVal = 0;           // the last number that came from the worker
@@ -79,6 +91,12 @@ class MainWindow : public QMainWindow {
  signals:
   // The user closed the window while no update was running: the program is to quit.
   void CloseRequested();
+  // The menu's Quit and Save.
+  void QuitRequested();
+  void SaveRequested();
+  // Once, when the window has been painted for the first time: what need not be there at once is
+  // begun then.
+  void Painted();
 
  protected:
   // What is asked of the user goes through these two, so that a test can answer. Both run an event
@@ -87,9 +105,23 @@ class MainWindow : public QMainWindow {
   [[nodiscard]] virtual std::string ChoosePackage();
 
   void closeEvent(QCloseEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   void BuildLayout();
+  void BuildMenus();
+  void BuildFileMenu();
+  void BuildEditMenu();
+  void BuildKeyboardMenu();
+  void BuildHelpMenu();
+  QAction* AddAction(QMenu* menu, const QString& text, const QKeySequence& shortcut);
+  void PressWith(QAction* action, QPushButton* button);
+  [[nodiscard]] QUndoStack* UndoManager() const;
+  void UseUndoManager(void (QUndoStack::*use)());
+  // Shows an alert and counts it. False when the window is gone afterwards.
+  bool TellUser(const Alert& alert);
   QWidget* MakePackageGroup();
   QWidget* MakeDeviceGroup();
   QWidget* MakeUpdateGroup();
@@ -99,6 +131,9 @@ class MainWindow : public QMainWindow {
   void FinishUpdating(const Alert& alert);
 
   bool isUpdating = false;
+  int alertCount = 0;  // that are up
+  bool hasMissedChange = false;
+  bool wasPainted = false;
 };
 
 // Reads the configuration, hands the ids to the device link and the caption to the window.

@@ -41,6 +41,7 @@ QLabel* MakeStatusLabel(const QString& accessibleName) {
 QLineEdit* MakePathField(const QString& accessibleName) {
   auto* const field = new QLineEdit;
   field->setReadOnly(true);
+  field->setAcceptDrops(false);  // what is dropped is the window's
   field->setFocusPolicy(Qt::ClickFocus);
   field->setAccessibleName(accessibleName);
   return field;

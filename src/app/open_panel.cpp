@@ -2,11 +2,17 @@
 #include "app/open_panel.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLayout>
 #include <QPointer>
+#include <QSettings>
+#include <QStandardPaths>
+
+#include "app/alert.h"
 
 namespace hollin {
 namespace {
@@ -21,10 +27,43 @@ QLabel* MakeMessage(QWidget* panel) {
   return message;
 }
 
+constexpr const char* kFolderKey = "lastFolder";
+
+// Made anew each time: it is seldom used, and never at start.
+QSettings UserSettings() {
+  return QSettings(QSettings::IniFormat, QSettings::UserScope, "com.tovari.Hollin", "Hollin");
+}
+
+// A package was most likely downloaded.
+QString FirstFolder() {
+  const QString last = UserSettings().value(kFolderKey).toString();
+  if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
+  const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+  return QFileInfo(downloads).isDir() ? downloads : QDir::homePath();
+}
+
+// A name can be typed, whatever the list offers.
+class OpenPanel : public QFileDialog {
+ public:
+  using QFileDialog::QFileDialog;
+
+ protected:
+  void accept() override {
+    const QString path = selectedFiles().value(0);
+    if (IsPackageName(path) || QFileInfo(path).isDir()) return QFileDialog::accept();
+    RunAlert({.message = Translated("Open File"),
+              .informativeText = Translated("An update package has a name that ends in .dat."),
+              .style = AlertStyle::kWarning},
+             this);
+  }
+};
+
 }  // namespace
 
+bool IsPackageName(const QString& name) { return name.endsWith(".dat", Qt::CaseInsensitive); }
+
 QFileDialog* MakeOpenPanel(QWidget* parent) {
-  auto* const panel = new QFileDialog(parent, Translated("Open File"));
+  auto* const panel = new OpenPanel(parent, Translated("Open File"), FirstFolder());
   panel->setOption(QFileDialog::DontUseNativeDialog);  // the desktops' own panels have no message
   panel->setAcceptMode(QFileDialog::AcceptOpen);
   panel->setFileMode(QFileDialog::ExistingFile);
@@ -37,7 +76,11 @@ std::string RunOpenPanel(QWidget* parent) {
   const QPointer<QFileDialog> panel(MakeOpenPanel(parent));
   const bool isChosen = panel->exec() == QDialog::Accepted;
   std::string path;
-  if (panel && isChosen) path = QFile::encodeName(panel->selectedFiles().value(0)).toStdString();
+  if (panel && isChosen) {
+    const QString file = panel->selectedFiles().value(0);
+    UserSettings().setValue(kFolderKey, QFileInfo(file).path());
+    path = QFile::encodeName(file).toStdString();
+  }
   delete panel;
   return path;
 }

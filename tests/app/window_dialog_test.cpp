@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QTimer>
 #include <QWindow>
+#include <filesystem>
 
 #include "app/open_panel.h"
 #include "tests/app/window_test.h"
@@ -16,6 +17,12 @@ constexpr const char* kTrickyText = "<img src=/x> %1 %2 {} &n [*] \x01 \xF0\x9F\
 
 class WindowDialogTest : public WindowTest {
  protected:
+  // The panel remembers its last folder below there.
+  WindowDialogTest() {
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder.Path("settings")));
+    qputenv("HOME", QByteArray::fromStdString(folder.Path()));
+  }
+
   // Once the next dialog is up, does `answer` with it.
   template <typename Dialog>
   void AnswerNext(const std::function<void(Dialog&)>& answer) {
@@ -142,6 +149,54 @@ TEST_F(WindowDialogTest, OpenPanelOffersDatInAnyLetterCaseAndNothingElse) {
     return found;
   };
   EXPECT_TRUE(QTest::qWaitFor([&] { return names() == QStringList{"UPPER.DAT", "lower.dat"}; }));
+}
+
+TEST_F(WindowDialogTest, NameOfAPackageEndsInDatInAnyLetterCase) {
+  for (const char* name : {"a.dat", "a.DAT", "/b/a.dAt", ".dat"}) EXPECT_TRUE(IsPackageName(name));
+  for (const char* name : {"a.data", "a.da", "adat", "dat", "a.dat ", ""}) {
+    EXPECT_FALSE(IsPackageName(name)) << name;
+  }
+}
+
+TEST_F(WindowDialogTest, TypedNameOfAnotherTypeIsRefusedByThePanel) {
+  folder.Write("other.bin", MakePackage());
+  std::string refusal;
+  AnswerNext<QFileDialog>([&](QFileDialog& panel) {
+    panel.setDirectory(QString::fromStdString(folder.Path()));
+    panel.findChild<QLineEdit*>("fileNameEdit")->setText("other.bin");
+    AnswerNext<QMessageBox>([&](QMessageBox& box) {
+      refusal = box.informativeText().toStdString();
+      box.accept();
+    });
+    QMetaObject::invokeMethod(&panel, "accept");
+    EXPECT_TRUE(panel.isVisible());
+    panel.reject();
+  });
+  EXPECT_EQ(RunOpenPanel(window.get()), "");
+  EXPECT_EQ(refusal, "An update package has a name that ends in .dat.");
+}
+
+TEST_F(WindowDialogTest, OpenPanelRemembersTheFolderOfTheChosenPackage) {
+  const auto openedFolder = [this] {
+    return MakeOpenPanel(window.get())->directory().path().toStdString();
+  };
+  EXPECT_EQ(openedFolder(), folder.Path());  // the home folder at first
+  std::filesystem::create_directory(folder.Path("packages"));
+  const std::string path = folder.Write("packages/a.dat", MakePackage());
+  AnswerNext<QFileDialog>([&](QFileDialog& panel) {
+    panel.selectFile(QString::fromStdString(path));
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  EXPECT_EQ(RunOpenPanel(window.get()), path);
+  EXPECT_EQ(openedFolder(), folder.Path("packages"));
+  std::filesystem::remove_all(folder.Path("packages"));
+  EXPECT_EQ(openedFolder(), folder.Path());
+}
+
+TEST_F(WindowDialogTest, OpenPanelBeginsAmongTheDownloads) {
+  std::filesystem::create_directory(folder.Path("Downloads"));
+  EXPECT_EQ(MakeOpenPanel(window.get())->directory().path().toStdString(),
+            folder.Path("Downloads"));
 }
 
 TEST_F(WindowDialogTest, CancelledPanelGivesNoPath) {

@@ -152,7 +152,7 @@ TEST_F(WindowOpenTest, PathIsShownBeforeTheFileIsRead) {
   const std::string path = folder.Path("missing.dat");
   std::string shown;
   window->duringDialog = [this, &shown] { shown = Path(); };
-  window->OpenPackage(path);
+  window->OpenDatAtPath(path);
   EXPECT_EQ(shown, path);
 }
 
@@ -205,7 +205,7 @@ TEST_F(WindowOpenTest, AnotherPackageReplacesWhatIsShown) {
 
 TEST_F(WindowOpenTest, PackageGivenByPathTakesTheSameSteps) {
   hidapi.deviceCount = 1;
-  window->OpenPackage(folder.Write("given.dat", MakePackage()));
+  window->OpenDatAtPath(folder.Write("given.dat", MakePackage()));
   EXPECT_EQ(window->panelCount, 0);
   EXPECT_EQ(Path(), folder.Path("given.dat"));
   EXPECT_EQ(Model(), "TS30 61 keys");
@@ -224,7 +224,7 @@ TEST_F(WindowOpenTest, WindowGoneDuringThePanelIsLeftAlone) {
 TEST_F(WindowOpenTest, WindowGoneDuringAnErrorIsLeftAlone) {
   window->duringDialog = [this] { window.reset(); };
   TestWindow& gone = *window;
-  gone.OpenPackage(folder.Path("missing.dat"));
+  gone.OpenDatAtPath(folder.Path("missing.dat"));
   EXPECT_EQ(window, nullptr);
 }
 

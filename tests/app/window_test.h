@@ -40,6 +40,8 @@ class TestWindow : public MainWindow {
   int panelCount = 0;
   std::function<void()> duringDialog;
 
+  using MainWindow::dropEvent;  // Qt delivers none without a drag before it
+
  protected:
   void ShowAlert(const Alert& alert) override {
     alerts.push_back(alert);

@@ -142,7 +142,7 @@ TEST_F(WindowUpdateTest, SlotsDoNothingWhileUpdating) {
   pauses.AwaitPause();
   hidapi.calls.clear();
   Open(folder.Write("good.dat", MakePackage()));
-  window->OpenPackage(folder.Path("good.dat"));
+  window->OpenDatAtPath(folder.Path("good.dat"));
   window->RefreshDevice();
   window->UpdateDevice();
   EXPECT_EQ(window->panelCount, 0);

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// Tells when keyboards may have come or gone. One plug makes several events, and the right to open
+// a keyboard arrives some milliseconds after its node; so the news is told when nothing more has
+// come for a while. It asks no keyboard and lists none.
+#pragma once
+
+#include <QObject>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <chrono>
+#include <memory>
+
+namespace hollin {
+
+// Where the events come from.
+class DeviceEvents {
+ public:
+  DeviceEvents() = default;
+  virtual ~DeviceEvents() = default;
+  DeviceEvents(const DeviceEvents&) = delete;
+  DeviceEvents& operator=(const DeviceEvents&) = delete;
+
+  // Is readable while there are events; -1 where none can ever come.
+  [[nodiscard]] virtual int Descriptor() const = 0;
+  // Takes all that have come, without waiting. False when there were none.
+  virtual bool TakeAll() = 0;
+};
+
+// The HID devices as udev sees them, after its rules were applied.
+[[nodiscard]] std::unique_ptr<DeviceEvents> UdevEvents();
+
+class DeviceWatcher : public QObject {
+  Q_OBJECT
+
+ public:
+  static constexpr std::chrono::milliseconds kQuiet{300};  // after the last event
+
+  explicit DeviceWatcher(std::unique_ptr<DeviceEvents> events, QObject* parent = nullptr);
+
+ signals:
+  void DevicesChanged();
+
+ private:
+  void NoteEvents();
+
+  std::unique_ptr<DeviceEvents> events;
+  std::unique_ptr<QSocketNotifier> notifier;  // goes before what it listens to
+  QTimer quiet;
+};
+
+}  // namespace hollin

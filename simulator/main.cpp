@@ -7,10 +7,13 @@
 #include <vector>
 
 #include "base/file.h"
+#include "simulator/kernel_server.h"
 #include "simulator/keyboard.h"
 #include "simulator/keyboard_option.h"
 #include "simulator/number.h"
 #include "simulator/report_server.h"
+#include "simulator/uhid.h"
+#include "simulator/usb_gadget.h"
 
 namespace {
 
@@ -27,6 +30,10 @@ struct Arguments {
   std::vector<std::string> options;
   std::vector<std::string> faults;
   bool verbose = false;
+  bool usbGadget = false;
+  bool uhid = false;
+  std::string controller;
+  std::string descriptor = "flat";
 };
 
 std::string Help() {
@@ -91,30 +98,71 @@ bool MakeOptions(const Arguments& arguments, KeyboardOptions& options, std::stri
   return true;
 }
 
+void PrintReady(const KeyboardOptions& options, const std::string& where) {
+  std::printf("ready: keyboard %04x:%04x %s\n", options.vendorId, options.productId, where.c_str());
+  std::fflush(stdout);
+}
+
+int ServeSystem(Keyboard& keyboard, KernelPort& port, const Arguments& arguments) {
+  KernelServer server(keyboard, port, arguments.verbose);
+  std::string problem;
+  if (!server.Start(problem)) {
+    std::fprintf(stderr, "ts30-simulator: %s\n", problem.c_str());
+    return 1;
+  }
+  PrintReady(keyboard.Options(), arguments.uhid ? "through uhid" : "as a USB gadget");
+  return server.Run() ? 0 : 1;
+}
+
+int ServeSocket(Keyboard& keyboard, const Arguments& arguments) {
+  ReportServer server(keyboard, arguments.directory, arguments.verbose);
+  if (!server.Start()) {
+    std::fprintf(stderr, "ts30-simulator: cannot listen in %s\n", arguments.directory.c_str());
+    return 1;
+  }
+  PrintReady(keyboard.Options(), "in " + arguments.directory);
+  return server.Run() ? 0 : 1;
+}
+
 int Serve(const Arguments& arguments, const KeyboardOptions& options) {
   Keyboard keyboard(options);
   std::string failedFile;
   if (!keyboard.KeepContents(failedFile)) {
     return UsageError("cannot keep flash contents in " + failedFile + " (or it has another size)");
   }
-  ReportServer server(keyboard, arguments.directory, arguments.verbose);
-  if (!server.Start()) {
-    std::fprintf(stderr, "ts30-simulator: cannot listen in %s\n", arguments.directory.c_str());
-    return 1;
+  if (!arguments.usbGadget && !arguments.uhid && arguments.directory.empty()) {
+    return UsageError("say where to be found: --dir, --usb-gadget or --uhid");
   }
-  std::printf("ready: keyboard %04x:%04x in %s\n", options.vendorId, options.productId,
-              arguments.directory.c_str());
-  std::fflush(stdout);
-  return server.Run() ? 0 : 1;
+  const auto descriptor = ParseReportDescriptor(arguments.descriptor);
+  if (!descriptor) return UsageError("not a report descriptor: " + arguments.descriptor);
+  if (arguments.usbGadget) {
+    UsbGadget port({options.vendorId, options.productId, *descriptor, arguments.controller});
+    return ServeSystem(keyboard, port, arguments);
+  }
+  if (arguments.uhid) {
+    Uhid port({options.vendorId, options.productId, *descriptor});
+    return ServeSystem(keyboard, port, arguments);
+  }
+  return ServeSocket(keyboard, arguments);
 }
 
 int Run(int argc, char** argv) {
   Arguments arguments;
-  CLI::App app("A TS30 keyboard in software, for programs that run with the stand-in for hidapi.");
+  CLI::App app(
+      "A TS30 keyboard in software: for programs that run with the stand-in for hidapi (--dir), or "
+      "for every program of the system (--usb-gadget, --uhid; both need root).");
   app.footer(Help());
   app.add_option("--dir", arguments.directory, "folder for the keyboard's socket")
-      ->envname(kDirectoryVariable)
-      ->required();
+      ->envname(kDirectoryVariable);
+  app.add_flag("--usb-gadget", arguments.usbGadget,
+               "be a USB device on one of this machine's device controllers");
+  app.add_flag("--uhid", arguments.uhid, "be a HID device of this machine")
+      ->excludes("--usb-gadget");
+  app.add_option("--udc", arguments.controller,
+                 "device controller for --usb-gadget (default: the first that is free)");
+  app.add_option("--report-descriptor", arguments.descriptor,
+                 "flat, collections or nested, for --usb-gadget and --uhid")
+      ->capture_default_str();
   app.add_option("--vid", arguments.vendorId, "USB vendor id, hexadecimal")->capture_default_str();
   app.add_option("--pid", arguments.productId, "USB product id, hexadecimal")
       ->capture_default_str();

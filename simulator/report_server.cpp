@@ -2,14 +2,12 @@
 #include "simulator/report_server.h"
 
 #include <poll.h>
-#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <utility>
@@ -21,13 +19,6 @@ namespace {
 void CloseFile(int& file) {
   if (file >= 0) close(file);
   file = -1;
-}
-
-sigset_t ControlSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (int number : {SIGUSR1, SIGUSR2, SIGTERM, SIGINT}) sigaddset(&signals, number);
-  return signals;
 }
 
 // The size of the next packet, 0 at the end and for errors; a descriptor that came with it is in
@@ -61,20 +52,16 @@ ReportServer::ReportServer(Keyboard& keyboard, std::string directory, bool verbo
     : keyboard(keyboard),
       directory(std::move(directory)),
       socketFile{keyboard.Options().vendorId, keyboard.Options().productId, getpid()},
-      verbose(verbose) {}
+      news(verbose) {}
 
 ReportServer::~ReportServer() {
   StopListening();
   DropClients(true);
-  CloseFile(signals);
 }
 
 bool ReportServer::Start() {
-  const sigset_t control = ControlSignals();
-  sigprocmask(SIG_BLOCK, &control, nullptr);
-  signals = signalfd(-1, &control, SFD_CLOEXEC | SFD_NONBLOCK);
   mkdir(directory.c_str(), 0755);
-  return signals >= 0 && Listen();
+  return signals.Block() && Listen();
 }
 
 bool ReportServer::Listen() {
@@ -90,27 +77,18 @@ void ReportServer::StopListening() {
 
 bool ReportServer::Run() {
   for (;;) {
-    std::vector<pollfd> waiting{{signals, POLLIN, 0}, {listener, POLLIN, 0}};
+    std::vector<pollfd> waiting{{signals.File(), POLLIN, 0}, {listener, POLLIN, 0}};
     for (const Client& client : clients) waiting.push_back({client.commands, POLLIN, 0});
     if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) return false;
     size_t index = 2;
     for (Client& client : clients) {
       if (waiting[index++].revents != 0 && !client.gone) Serve(client);
     }
-    if (waiting[0].revents != 0 && !TakeSignal()) return true;
+    if (waiting[0].revents != 0 && !signals.Obey(keyboard)) return true;
     FollowPlug();
     if (waiting[1].revents != 0 && listener >= 0) Accept();
     DropClients(false);
   }
-}
-
-// False for the signals that end the program.
-bool ReportServer::TakeSignal() {
-  signalfd_siginfo info{};
-  if (read(signals, &info, sizeof info) != sizeof info) return true;
-  if (info.ssi_signo == SIGUSR1) keyboard.Unplug();
-  if (info.ssi_signo == SIGUSR2) keyboard.Replug();
-  return info.ssi_signo == SIGUSR1 || info.ssi_signo == SIGUSR2;
 }
 
 void ReportServer::Accept() {
@@ -128,7 +106,7 @@ void ReportServer::Serve(Client& client) {
   }
   const uint8_t answer = Obey(client, std::span(packet, size), passed) ? kYes : kNo;
   send(client.commands, &answer, 1, MSG_NOSIGNAL | MSG_DONTWAIT);
-  PrintNews();
+  news.Print(keyboard);
 }
 
 // The passed descriptor goes over to the client by kOpen and is closed by everything else.
@@ -148,7 +126,7 @@ bool ReportServer::OpenFor(Client& client, int passed) {
     return false;
   }
   client.reports = passed;
-  if (verbose) std::puts("opened");
+  news.Print("opened");
   return true;
 }
 
@@ -179,9 +157,7 @@ void ReportServer::FollowPlug() {
     StopListening();
     DropClients(true);
   }
-  if (!verbose) return;
-  std::puts(keyboard.Attached() ? "plugged in" : "unplugged");
-  std::fflush(stdout);
+  news.Print(keyboard.Attached() ? "plugged in" : "unplugged");
 }
 
 void ReportServer::DropClients(bool all) {
@@ -191,22 +167,6 @@ void ReportServer::DropClients(bool all) {
     CloseFile(client.commands);
     return true;
   });
-}
-
-void ReportServer::PrintNews() {
-  if (!verbose) return;
-  const KeyboardRecord& record = keyboard.Record();
-  for (; printedCommands < record.commands.size(); printedCommands++) {
-    std::printf("command");
-    for (uint8_t byte : record.commands[printedCommands]) std::printf(" %02x", byte);
-    std::printf("\n");
-  }
-  if (record.blocks != printedBlocks)
-    std::printf("block %llu taken\n", static_cast<unsigned long long>(record.blocks));
-  if (keyboard.FaultsStruck() != printedFaults) std::puts("fault");
-  printedBlocks = record.blocks;
-  printedFaults = keyboard.FaultsStruck();
-  std::fflush(stdout);
 }
 
 }  // namespace hollin::simulator

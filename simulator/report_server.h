@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Offers one keyboard to other processes through a socket in a folder (simulator/socket_file.h),
-// for as long as it is plugged in. Signals control it: SIGUSR1 pulls the plug, SIGUSR2 puts it back
-// in, SIGTERM and SIGINT end the program; the socket's name goes with the keyboard. One thread.
+// for as long as it is plugged in; the socket's name goes with the keyboard. The control signals
+// unplug it, plug it in again and end the service. One thread.
 #pragma once
 
 #include <list>
 #include <span>
 #include <string>
 
+#include "simulator/control_signals.h"
 #include "simulator/keyboard.h"
+#include "simulator/news.h"
 #include "simulator/socket_file.h"
 
 namespace hollin::simulator {
@@ -36,7 +38,6 @@ class ReportServer {
 
   [[nodiscard]] bool Listen();
   void StopListening();
-  [[nodiscard]] bool TakeSignal();
   void Accept();
   void Serve(Client& client);
   [[nodiscard]] bool Obey(Client& client, std::span<const uint8_t> packet, int passed);
@@ -45,18 +46,14 @@ class ReportServer {
   void Send(const Delivery& delivery);
   void FollowPlug();
   void DropClients(bool all);
-  void PrintNews();
 
   Keyboard& keyboard;
   std::string directory;
   SocketFile socketFile;
-  bool verbose;
-  int signals = -1;
+  ControlSignals signals;
+  News news;
   int listener = -1;  // -1 while unplugged
   std::list<Client> clients;
-  size_t printedCommands = 0;
-  uint64_t printedBlocks = 0;
-  uint64_t printedFaults = 0;
 };
 
 }  // namespace hollin::simulator

@@ -334,7 +334,9 @@ TEST_F(StandinTest, TheProgramExplainsItselfAndRefusesWhatItDoesNotKnow) {
                        {"--option", "none=1"},
                        {"--vid", "10000"},
                        {"--options", folder + "/none"},
-                       {"--option", "a1.file=" + folder}};
+                       {"--option", "a1.file=" + folder},
+                       {"--uhid", "--report-descriptor", "round"},
+                       {"--uhid", "--usb-gadget"}};
   for (Lines arguments : bad) {
     if (!arguments.empty()) arguments.insert(arguments.end(), {"--dir", Directory()});
     arguments.insert(arguments.begin(), SIMULATOR);

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "simulator/report_descriptor.h"
+
+#include <gtest/gtest.h>
+
+namespace hollin::simulator {
+namespace {
+
+TEST(ReportDescriptorTest, FlatIsOneCollectionOfSixtyFourBytesEachWay) {
+  const Bytes expected{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x15, 0x00, 0x26, 0xFF, 0x00, 0x75,
+                       0x08, 0x95, 0x40, 0x09, 0x01, 0x81, 0x02, 0x09, 0x01, 0x91, 0x02, 0xC0};
+  EXPECT_EQ(ReportDescriptorBytes(ReportDescriptor::kFlat), expected);
+}
+
+TEST(ReportDescriptorTest, CollectionsHasASecondOneBehindTheFirst) {
+  const Bytes expected{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x15, 0x00, 0x26, 0xFF,
+                       0x00, 0x75, 0x08, 0x95, 0x40, 0x09, 0x01, 0x81, 0x02, 0x09, 0x01,
+                       0x91, 0x02, 0xC0, 0x06, 0x00, 0xFF, 0x09, 0x02, 0xA1, 0x01, 0xC0};
+  EXPECT_EQ(ReportDescriptorBytes(ReportDescriptor::kCollections), expected);
+}
+
+TEST(ReportDescriptorTest, NestedHasASecondOneWithinTheFirst) {
+  const Bytes expected{0x06, 0x00, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x09, 0x02, 0xA1,
+                       0x02, 0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08, 0x95, 0x40,
+                       0x09, 0x01, 0x81, 0x02, 0x09, 0x01, 0x91, 0x02, 0xC0, 0xC0};
+  EXPECT_EQ(ReportDescriptorBytes(ReportDescriptor::kNested), expected);
+}
+
+TEST(ReportDescriptorTest, NamesAreReadExactly) {
+  EXPECT_EQ(ParseReportDescriptor("flat"), ReportDescriptor::kFlat);
+  EXPECT_EQ(ParseReportDescriptor("collections"), ReportDescriptor::kCollections);
+  EXPECT_EQ(ParseReportDescriptor("nested"), ReportDescriptor::kNested);
+  EXPECT_EQ(ParseReportDescriptor("Flat"), std::nullopt);
+  EXPECT_EQ(ParseReportDescriptor(""), std::nullopt);
+}
+
+}  // namespace
+}  // namespace hollin::simulator

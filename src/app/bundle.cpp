@@ -1,14 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "app/bundle.h"
 
+#include <sys/auxv.h>
+
 #include <filesystem>
 #include <system_error>
 
 namespace hollin {
+namespace {
+
+// Without /proc: the file that the kernel was told to run, made absolute while the program still is
+// in the folder that it was started in.
+std::string StartedFile() {
+  const auto* const path = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+  std::error_code failed;
+  return path == nullptr ? "" : std::filesystem::canonical(path, failed).string();
+}
+
+}  // namespace
 
 std::string BundlePath() {
   std::error_code failed;
-  return BundlePathOf(std::filesystem::read_symlink("/proc/self/exe", failed).string());
+  std::string executable = std::filesystem::read_symlink("/proc/self/exe", failed).string();
+  if (failed) executable = StartedFile();
+  return BundlePathOf(executable);
 }
 
 std::string BundlePathOf(const std::string& executable) {
@@ -25,8 +40,9 @@ std::string BundlePathOf(const std::string& executable) {
 // Deliberate: the first occurrence of the bundle's name is removed, wherever it stands. In a folder
 // whose own name contains the bundle's, the file is looked for at the path that this leaves.
 std::string ConfigPathOf(const std::string& bundle) {
-  const size_t slash = bundle.rfind('/');
-  const std::string name = slash == std::string::npos ? bundle : bundle.substr(slash + 1);
+  if (!bundle.starts_with('/'))
+    return {};  // the folder that the program was started in is not meant
+  const std::string name = bundle.substr(bundle.rfind('/') + 1);
   std::string path = bundle;
   path.erase(path.find(name), name.size());
   return path + "Config.ini";

@@ -53,10 +53,11 @@ TEST(BundleTest, TheFirstOccurrenceOfTheBundlesNameIsTheOneThatIsRemoved) {
   for (const auto& [path, expected] : cases) EXPECT_EQ(ConfigPathOf(path), expected);
 }
 
-TEST(BundleTest, OddPathsAreBorne) {
-  EXPECT_EQ(ConfigPathOf(""), "Config.ini");
+TEST(BundleTest, OnlyAnAbsolutePathHasAConfiguration) {
+  for (const char* path : {"", "hollin", "Hollin.app", "./Hollin.app", "bin/hollin"}) {
+    EXPECT_EQ(ConfigPathOf(path), "") << path;
+  }
   EXPECT_EQ(ConfigPathOf("/"), "/Config.ini");
-  EXPECT_EQ(ConfigPathOf("hollin"), "Config.ini");
 }
 
 }  // namespace

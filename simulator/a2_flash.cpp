@@ -34,13 +34,14 @@ bool ReadCycles(ByteView command, size_t parameterCount, BufferCommand& read) {
 }  // namespace
 
 A2Flash::A2Flash(A2Profile profile, const VirtualClock& clock)
-    : FlashUnit(profile.mode, ChipBytes(profile.sectors)),
+    : FlashUnit(profile.mode, ChipBytes(profile.sectors), profile.erasedWord),
       profile(std::move(profile)),
       eraser(memory, clock, this->profile.eraseTime) {}
 
 void A2Flash::Reset() {
   seen.clear();
   armed = Armed::kNothing;
+  eraser.Forget();
 }
 
 bool A2Flash::Execute(ByteView command, Replies& replies) {
@@ -114,14 +115,18 @@ bool A2Flash::SpellsErase() const {
   return true;
 }
 
-// Erase poll: 0x03, address (4). The reply is its echo and the word at the address (2).
+// Erase poll: 0x03, address (4). The reply is its echo and the word at the address (2). While the
+// chip erases it tells its status everywhere; once it is done, the loader tells the end of the
+// erase in the erased sector alone, and a host that polls another waits for ever.
 bool A2Flash::Poll(ByteView command, Replies& replies) {
   if (command.size() != 5) return false;
   Range range;
+  const bool isInChip = Locate(ReadU32(command, 1), 1, range);
+  const bool isBusy = eraser.Busy();
   uint16_t word = 0;
-  if (eraser.Busy()) {
+  if (isBusy || (eraser.WasStarted() && !(isInChip && eraser.Covers(range.offset)))) {
     word = busyStatus ^= kToggleBits;
-  } else if (Locate(ReadU32(command, 1), 1, range)) {
+  } else if (isInChip) {
     word = ReadU16(memory.Contents(), range.offset);
   }
   Reply reply{ReplyKind::kWord, Bytes(command.begin(), command.end())};
@@ -136,7 +141,7 @@ bool A2Flash::Program(ByteView command, Replies& replies) {
   BufferCommand read;
   if (!ReadCycles(command, 0, read)) return false;
   const bool valid = read.cycles == profile.program && !eraser.Busy();
-  armed = valid ? Armed::kProgramming : Armed::kNothing;
+  armed = valid ? Armed::kWordProgram : Armed::kNothing;
   replies.push_back(Echo(command));
   return true;
 }
@@ -151,12 +156,14 @@ bool A2Flash::WriteBuffer(ByteView command, Replies& replies) {
   return true;
 }
 
-// Program buffer: 0x06, cycles behind two parameters. The reply is its echo.
+// Program buffer: 0x06, cycles behind two parameters. The reply is its echo. It wants the buffer
+// command before it, or itself: a host that did not get the echo sends it again.
 bool A2Flash::ProgramBuffer(ByteView command, Replies& replies) {
   BufferCommand read;
   if (!ReadCycles(command, 2, read)) return false;
-  const bool valid = read == profile.programBuffer && armed != Armed::kNothing;
-  armed = valid ? Armed::kProgramming : Armed::kNothing;
+  const bool isInTurn = armed == Armed::kWriteBuffer || armed == Armed::kProgramBuffer;
+  const bool valid = read == profile.programBuffer && isInTurn;
+  armed = valid ? Armed::kProgramBuffer : Armed::kNothing;
   replies.push_back(Echo(command));
   return true;
 }
@@ -174,9 +181,13 @@ bool A2Flash::Announce(ByteView header, Block& block) {
   return true;
 }
 
+bool A2Flash::TakesBlocks() const {
+  return armed == Armed::kWordProgram || armed == Armed::kProgramBuffer;
+}
+
 void A2Flash::Write(const Block& block, ByteView data, Replies& replies) {
   Range range;
-  if (armed != Armed::kProgramming || eraser.Busy()) {
+  if (!TakesBlocks() || eraser.Busy()) {
     armed = Armed::kNothing;  // what is no command breaks one off
     return replies.push_back(Status(kRefused));
   }

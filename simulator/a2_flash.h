@@ -50,6 +50,7 @@ struct A2Profile {
   // Parameters: SA1, SA2.
   BufferCommand programBuffer = {{1, 0xFF}, {{0x000, 0x29}}};
   VirtualClock::Duration eraseTime = std::chrono::milliseconds(500);  // of one sector
+  uint16_t erasedWord = 0xFFFF;                                       // what an erased word reads
   std::string file = {};
 };
 
@@ -66,12 +67,14 @@ class A2Flash : public FlashUnit {
   bool Sum(uint32_t address, uint32_t length, uint16_t& sum) override;
 
  private:
-  enum class Armed { kNothing, kWriteBuffer, kProgramming };
+  // What the programming commands so far have prepared; blocks want one of the last two.
+  enum class Armed { kNothing, kWriteBuffer, kWordProgram, kProgramBuffer };
 
   [[nodiscard]] bool IsSector(uint32_t address) const;
   [[nodiscard]] Range SectorRange(uint32_t address) const;
   // In bytes from the start of the chip; false outside it.
   [[nodiscard]] bool Locate(uint32_t address, uint64_t words, Range& range) const;
+  [[nodiscard]] bool TakesBlocks() const;
 
   bool EraseCycle(ByteView command, Replies& replies);
   void OnBus(BusCycle cycle);

@@ -97,12 +97,15 @@ bool C1Flash::Erase(ByteView command, Replies& replies) {
   return true;
 }
 
-// Erase status: 0x03, address (4). The reply is its echo and 0xFFFF, or 0 while an erase is under
-// way.
+// Erase status: 0x03, address (4). The reply is its echo and 0xFFFF once the sector there was
+// erased. Before that, while an erase is under way, and anywhere else it is 0: a host that asks for
+// another sector waits for ever.
 bool C1Flash::EraseStatus(ByteView command, Replies& replies) {
   if (command.size() != 5 || configuration.sectorSize == 0) return false;
+  Range range;
+  const bool isThere = Locate(ReadU32(command, 1), 1, range) && eraser.Covers(range.offset);
   Reply reply{ReplyKind::kWord, Bytes(command.begin(), command.end())};
-  reply.bytes.resize(7, eraser.Busy() ? 0x00 : 0xFF);
+  reply.bytes.resize(7, eraser.Busy() || !isThere ? 0x00 : 0xFF);
   replies.push_back(std::move(reply));
   return true;
 }

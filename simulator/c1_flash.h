@@ -42,7 +42,10 @@ class C1Flash : public FlashUnit {
   // The clock is lent.
   C1Flash(C1Profile profile, const VirtualClock& clock);
 
-  void Reset() override { configuration = {}; }
+  void Reset() override {
+    configuration = {};
+    eraser.Forget();
+  }
   void LosePower() override { eraser.LosePower(); }
   bool Execute(ByteView command, Replies& replies) override;
   bool Announce(ByteView header, Block& block) override;

@@ -11,8 +11,6 @@
 namespace hollin::simulator {
 namespace {
 
-constexpr uint8_t kErased = 0xFF;
-
 // The file's bytes, shared with every other reader of it; null when it is not a regular file of
 // this size. A new or empty file is made so, and told by `isNew`.
 void* MapFile(const std::string& path, size_t size, bool& isNew) {
@@ -29,9 +27,17 @@ void* MapFile(const std::string& path, size_t size, bool& isNew) {
   return mapping == MAP_FAILED ? nullptr : mapping;
 }
 
+// The byte of a little-endian word that lies at this offset.
+uint8_t ByteOf(uint16_t word, uint64_t offset) {
+  return static_cast<uint8_t>(offset % 2 == 0 ? word : word >> 8);
+}
+
 }  // namespace
 
-FlashMemory::FlashMemory(uint64_t size) : inMemory(size, kErased), cells(inMemory) {}
+FlashMemory::FlashMemory(uint64_t size, uint16_t erasedWord)
+    : erasedWord(erasedWord), inMemory(size), cells(inMemory) {
+  Fill(0, size, erasedWord);
+}
 
 FlashMemory::~FlashMemory() {
   if (mapping != nullptr) munmap(mapping, cells.size());
@@ -55,19 +61,30 @@ bool FlashMemory::Contains(uint64_t offset, uint64_t length) const {
 }
 
 void FlashMemory::Erase(uint64_t offset, uint64_t length) {
-  std::ranges::fill(cells.subspan(offset, length), kErased);
+  Fill(offset, length, erasedWord);
   erased.push_back({offset, length});
 }
 
 void FlashMemory::ClearBeforeErase(uint64_t offset, uint64_t length) {
-  std::ranges::fill(cells.subspan(offset, length), uint8_t{0});
+  Fill(offset, length, static_cast<uint16_t>(~erasedWord));
+}
+
+void FlashMemory::Fill(uint64_t offset, uint64_t length, uint16_t word) {
+  const std::span<uint8_t> range = cells.subspan(offset, length);
+  if (ByteOf(word, 0) == ByteOf(word, 1)) {  // nearly always, and much quicker
+    std::ranges::fill(range, ByteOf(word, 0));
+    return;
+  }
+  for (uint64_t i = 0; i < length; i++) range[i] = ByteOf(word, offset + i);
 }
 
 bool FlashMemory::Program(uint64_t offset, ByteView bytes) {
   programmed.push_back({offset, bytes.size()});
   bool asWanted = true;
   for (uint8_t byte : bytes) {
-    cells[offset] &= byte;
+    // Bits that still are as erased take the new ones; the others stay.
+    const auto programmable = static_cast<uint8_t>(~(cells[offset] ^ ByteOf(erasedWord, offset)));
+    cells[offset] = static_cast<uint8_t>((byte & programmable) | (cells[offset] & ~programmable));
     asWanted = asWanted && cells[offset] == byte;
     offset++;
   }

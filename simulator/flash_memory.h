@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The cells of a flash chip: erased is all ones, and programming only clears bits. Offsets and
-// lengths are in bytes from the start of the chip. The contents can live in a file, so that they
-// outlast the program and can be compared with what should be there.
+// The cells of a flash chip: erasing brings every word to the chip's erased value, usually all
+// ones, and programming can only move bits away from it. Offsets and lengths are in bytes from the
+// start of the chip. The contents can live in a file, so that they outlast the program and can be
+// compared with what should be there.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +23,7 @@ struct Range {
 class FlashMemory {
  public:
   // An erased chip of `size` bytes, in memory.
-  explicit FlashMemory(uint64_t size);
+  explicit FlashMemory(uint64_t size, uint16_t erasedWord = 0xFFFF);
   FlashMemory(const FlashMemory&) = delete;
   FlashMemory& operator=(const FlashMemory&) = delete;
   ~FlashMemory();
@@ -38,16 +39,20 @@ class FlashMemory {
 
   // The operations want ranges that the chip contains.
   void Erase(uint64_t offset, uint64_t length);
-  // What an erase does first: a chip that loses its power in the middle of one holds zeros there.
+  // What an erase does first: a chip that loses its power in the middle of one holds the opposite
+  // of erased there, usually zeros.
   void ClearBeforeErase(uint64_t offset, uint64_t length);
-  // False when a cleared bit would have to be set again; the other bits are programmed all the
-  // same.
+  // False when a programmed bit would have to be erased again; the other bits are programmed all
+  // the same.
   bool Program(uint64_t offset, ByteView bytes);
 
   std::vector<Range> erased;      // every finished erase, in order
   std::vector<Range> programmed;  // every programming, in order
 
  private:
+  void Fill(uint64_t offset, uint64_t length, uint16_t word);
+
+  uint16_t erasedWord;
   std::vector<uint8_t> inMemory;
   void* mapping = nullptr;  // of the file; null while the contents are in memory
   std::span<uint8_t> cells;

@@ -41,7 +41,8 @@ struct Block {
 
 class FlashUnit {
  public:
-  FlashUnit(uint8_t mode, uint64_t size) : mode(mode), memory(size) {}
+  FlashUnit(uint8_t mode, uint64_t size, uint16_t erasedWord = 0xFFFF)
+      : mode(mode), memory(size, erasedWord) {}
   FlashUnit(const FlashUnit&) = delete;
   FlashUnit& operator=(const FlashUnit&) = delete;
   virtual ~FlashUnit() = default;

@@ -173,6 +173,10 @@ const Option kOptions[] = {
      [](std::string_view value, KeyboardOptions& to) {
        return SetMilliseconds(value, to.a2.eraseTime);
      }},
+    {{"a2.erased", "WORD", "what an erased word reads (0xFFFF)"},
+     [](std::string_view value, KeyboardOptions& to) {
+       return SetNumber(value, to.a2.erasedWord);
+     }},
     {{"a2.file", "PATH", "keeps its contents"},
      [](std::string_view value, KeyboardOptions& to) { return SetText(value, to.a2.file); }},
     {{"c1.mode", "NUMBER", "the mode number that selects the C1 flash (3)"},

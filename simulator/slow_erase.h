@@ -18,6 +18,7 @@ class SlowErase {
   void Start(Range range) {
     memory.ClearBeforeErase(range.offset, range.length);
     current = range;
+    wasStarted = true;
     busy = true;
     done = clock.Now() + length;
   }
@@ -31,6 +32,16 @@ class SlowErase {
     return busy;
   }
 
+  // Whether the latest erase, finished or not, took in this byte. The status of an erase can be had
+  // nowhere else.
+  [[nodiscard]] bool Covers(uint64_t offset) const {
+    return wasStarted && offset >= current.offset && offset - current.offset < current.length;
+  }
+  // Whether there was an erase since the last Forget.
+  [[nodiscard]] bool WasStarted() const { return wasStarted; }
+  // The host starts afresh; an erase that is under way goes on.
+  void Forget() { wasStarted = false; }
+
   void LosePower() {
     if (Busy()) busy = false;
   }
@@ -42,6 +53,7 @@ class SlowErase {
   VirtualClock::Duration done{};
   Range current;
   bool busy = false;
+  bool wasStarted = false;
 };
 
 }  // namespace hollin::simulator

@@ -182,6 +182,8 @@ TEST_F(A2FlashTest, BlocksAreRefusedBeforeAValidProgrammingCommand) {
                                                     {writeBuffer},
                                                     {programBuffer},
                                                     {wrongParameter, programBuffer},
+                                                    {program, programBuffer},
+                                                    {writeBuffer, program, programBuffer},
                                                     {program, erase[0]}};
   for (const auto& attempt : attempts) {
     Cycles(attempt);
@@ -189,6 +191,46 @@ TEST_F(A2FlashTest, BlocksAreRefusedBeforeAValidProgrammingCommand) {
     EXPECT_EQ(host->Ask(data), kRefusal);
   }
   EXPECT_TRUE(Memory().programmed.empty());
+}
+
+TEST_F(A2FlashTest, TheProgramBufferCommandMayComeAgain) {
+  EraseSector1();
+  Cycles({writeBuffer, writeBuffer, programBuffer, programBuffer, header});
+  EXPECT_EQ(host->Ask(data), (Bytes{0xF4, 0xD4}));
+}
+
+TEST_F(A2FlashTest, APollOfAnotherSectorNeverReadsAsErased) {
+  Cycles(erase);
+  keyboard->PassTime(milliseconds(100));
+  for (const Bytes& elsewhere :
+       {Bytes{0x03, 0xFF, 0x0F, 0, 0}, Bytes{0x03, 0x00, 0x20, 0, 0}, Bytes{0x03, 0, 0x30, 0, 0}}) {
+    const Bytes first = host->Ask(elsewhere);
+    const Bytes second = host->Ask(elsewhere);
+    EXPECT_NE(first, second);
+    EXPECT_NE(first[5], 0xFF);
+    EXPECT_NE(second[5], 0xFF);
+  }
+  EXPECT_EQ(host->Ask({0x03, 0xFF, 0x1F, 0, 0})[5], 0xFF);  // its last word
+  EXPECT_EQ(Poll(), 0xFFFFU);
+}
+
+TEST_F(A2FlashTest, AHostThatStartsAfreshCanReadEveryWord) {
+  EXPECT_EQ(host->Ask({0x03, 0, 0, 0, 0})[5], 0xFF);
+  EraseSector1();
+  EXPECT_NE(host->Ask({0x03, 0, 0, 0, 0})[5], 0xFF);
+  host->Ask(kModeA2);
+  EXPECT_EQ(host->Ask({0x03, 0, 0, 0, 0})[5], 0xFF);
+}
+
+TEST_F(A2FlashTest, AChipMayReadAnotherWordWhenErased) {
+  Plug({.sectors = {0x0000, 0x1000, 0x2000}, .eraseTime = milliseconds(100), .erasedWord = 0x1234});
+  Cycles(erase);
+  EXPECT_NE(Poll(), 0x1234U);
+  keyboard->PassTime(milliseconds(100));
+  EXPECT_EQ(Poll(), 0x1234U);
+  Cycles({program, header});
+  EXPECT_EQ(host->Ask(data), (Bytes{0xF4, 0xD4}));
+  EXPECT_EQ(Memory().Contents()[0x2001], 2);
 }
 
 TEST_F(A2FlashTest, ABusyChipTakesNoBlocks) {

@@ -90,6 +90,17 @@ TEST_F(C1FlashTest, AnEraseIsInProgressForItsTime) {
   EXPECT_EQ(Memory().erased, (std::vector<Range>{{0x1000, 0x1000}}));
 }
 
+TEST_F(C1FlashTest, TheStatusOfAnotherSectorIsNeverErased) {
+  Configure();
+  EXPECT_EQ(host.Ask(status), busy);  // nothing was erased yet
+  host.Ask(erase);
+  keyboard.PassTime(milliseconds(60));
+  EXPECT_EQ(host.Ask({0x03, 0xFF, 0x0F, 0, 0})[5], 0x00);
+  EXPECT_EQ(host.Ask({0x03, 0x00, 0x20, 0, 0})[5], 0x00);
+  EXPECT_EQ(host.Ask({0x03, 0xFF, 0x1F, 0, 0})[5], 0xFF);  // its last byte
+  EXPECT_EQ(host.Ask(status), done);
+}
+
 TEST_F(C1FlashTest, ABusyChipTakesNothing) {
   Configure();
   host.Ask(erase);

@@ -49,6 +49,24 @@ TEST_F(FlashMemoryTest, EraseSetsItsRangeAndNothingElse) {
   EXPECT_EQ(memory.programmed, (std::vector<Range>{{0, 4}}));
 }
 
+// Erased to 0x0FF0: the low byte's upper four bits and the high byte's lower four are ones.
+TEST_F(FlashMemoryTest, AnotherErasedWordIsWhatBitsMoveAwayFrom) {
+  FlashMemory memory(4, 0x0FF0);
+  EXPECT_EQ(Bytes(memory.Contents().begin(), memory.Contents().end()),
+            (Bytes{0xF0, 0x0F, 0xF0, 0x0F}));
+  EXPECT_TRUE(memory.Program(0, Bytes{0x81, 0x18}));
+  EXPECT_EQ(memory.Contents()[0], 0x81);
+  EXPECT_EQ(memory.Contents()[1], 0x18);
+  EXPECT_FALSE(memory.Program(0, Bytes{0xC0}));  // neither bit 6 nor bit 0 goes back
+  EXPECT_EQ(memory.Contents()[0], 0x81);
+  memory.ClearBeforeErase(1, 2);
+  EXPECT_EQ(Bytes(memory.Contents().begin(), memory.Contents().end()),
+            (Bytes{0x81, 0xF0, 0x0F, 0x0F}));
+  memory.Erase(0, 2);
+  EXPECT_EQ(memory.Contents()[0], 0xF0);
+  EXPECT_EQ(memory.Contents()[1], 0x0F);
+}
+
 TEST_F(FlashMemoryTest, ARangeMayEndWithTheChipButNotBeyond) {
   const FlashMemory memory(8);
   EXPECT_TRUE(memory.Contains(7, 1));

@@ -73,6 +73,7 @@ TEST_F(KeyboardOptionTest, A2CommandsAreCyclesAndParameters) {
   Set("a2.program-buffer=3:4");
   Set("a2.program-buffer-parameters=5,6");
   Set("a2.erase-time=1500");
+  Set("a2.erased=0x1234");
   Set("a2.file=a2");
   EXPECT_EQ(options.a2.mode, 7);
   EXPECT_EQ(options.a2.erase, (std::vector<BusCycle>{{0x5555, 0xF0F0}, {0, 0x30}}));
@@ -80,6 +81,7 @@ TEST_F(KeyboardOptionTest, A2CommandsAreCyclesAndParameters) {
   EXPECT_EQ(options.a2.writeBuffer, (BufferCommand{{1, 2, 3, 4, 0xFF}, {{1, 2}}}));
   EXPECT_EQ(options.a2.programBuffer, (BufferCommand{{5, 6}, {{3, 4}}}));
   EXPECT_EQ(options.a2.eraseTime, std::chrono::milliseconds(1500));
+  EXPECT_EQ(options.a2.erasedWord, 0x1234);
   EXPECT_EQ(options.a2.file, "a2");
 }
 
@@ -103,7 +105,7 @@ TEST_F(KeyboardOptionTest, C1HasChipsUnitsLinesAndTimes) {
 }
 
 TEST_F(KeyboardOptionTest, EveryOptionIsDescribed) {
-  EXPECT_EQ(OptionDescriptions().size(), 21U);
+  EXPECT_EQ(OptionDescriptions().size(), 22U);
   for (const OptionDescription& option : OptionDescriptions()) {
     EXPECT_TRUE(std::string(option.name).find('.') == 2) << option.name;
   }
@@ -133,6 +135,7 @@ TEST_F(KeyboardOptionTest, BadOptionsAreRefused) {
                            "a2.program=10000:AA",
                            "a2.write-buffer-parameters=1,2,3,4",
                            "a2.program-buffer-parameters=1,256",
+                           "a2.erased=0x10000",
                            "c1.chip=0:0",
                            "c1.chip=2:0:1",
                            "c1.chip=0:2:1",

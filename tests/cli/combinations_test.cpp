@@ -43,12 +43,6 @@ void Write(Chips& chips, const std::string& sample, const Bytes& image) {
 
 class CombinationsTest : public WholeProgramTest {
  protected:
-  CombinationsTest() {
-    Subprocess script(
-        {.command = {HOLLIN_EXAMPLES_DIR "/make-samples", HOLLIN_BIN_DIR, folder.Path("samples")}});
-    EXPECT_EQ(script.Wait(), 0) << script.Err();
-  }
-
   [[nodiscard]] std::vector<std::string> FlashFiles() const {
     std::vector<std::string> arguments;
     for (const char* chip : {"a1", "a2", "c1"}) {
@@ -74,7 +68,8 @@ class OnePackTest : public CombinationsTest, public ::testing::WithParamInterfac
 TEST_P(OnePackTest, LeavesEveryByteAsItMustBe) {
   const SimulatorProcess keyboard(bus, FlashFiles());
   const std::string& sample = GetParam();
-  const Ended ended = Run({"update", folder.Path("samples/" + sample + ".dat")});
+  MakeSamples({sample});
+  const Ended ended = UpdateWithSample(sample);
   EXPECT_EQ(ended.exitCode, 0) << ended.err;
   Chips expected = ErasedChips();
   Write(expected, sample, Image(sample + ".first"));
@@ -89,7 +84,9 @@ class TwoPacksTest : public CombinationsTest,
 TEST_P(TwoPacksTest, LeaveEveryByteAsItMustBe) {
   const SimulatorProcess keyboard(bus, FlashFiles());
   const auto& [first, second] = GetParam();
-  const Ended ended = Run({"update", folder.Path("samples/" + first + "-" + second + ".dat")});
+  const std::string sample = first + "-" + second;
+  MakeSamples({sample});
+  const Ended ended = UpdateWithSample(sample);
   EXPECT_EQ(ended.exitCode, 0) << ended.err;
   Chips expected = ErasedChips();
   Write(expected, first, Image(first + ".first"));
@@ -105,7 +102,8 @@ INSTANTIATE_TEST_SUITE_P(Kinds, TwoPacksTest,
 TEST_F(CombinationsTest, ReservedSectorsKeepWhatTheyHeld) {
   for (const char* chip : {"a1", "a2", "c1"}) folder.Write(chip, Filled(kChipSize, 0x5A));
   const SimulatorProcess keyboard(bus, FlashFiles());
-  EXPECT_EQ(Run({"update", folder.Path("samples/a2-buffer-c1.dat")}).exitCode, 0);
+  MakeSamples({"a2-buffer-c1"});
+  EXPECT_EQ(UpdateWithSample("a2-buffer-c1").exitCode, 0);
   Chips expected;
   for (const char* chip : {"a1", "a2", "c1"}) expected[chip] = Filled(kChipSize, 0x5A);
   Write(expected, "a2-buffer", Image("a2-buffer.first"));

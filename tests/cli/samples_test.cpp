@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The sample packages: made by the script from the commented descriptions, and good to update with.
+#include <algorithm>
+#include <filesystem>
+
 #include "tests/cli/whole_program_test.h"
 
 namespace hollin {
@@ -7,27 +10,26 @@ namespace {
 
 class SamplesTest : public WholeProgramTest {
  protected:
-  SamplesTest() {
-    Subprocess script(
-        {.command = {HOLLIN_EXAMPLES_DIR "/make-samples", HOLLIN_BIN_DIR, folder.Path("samples")}});
-    EXPECT_EQ(script.Wait(), 0) << script.Err();
-  }
-
-  Ended Update(const std::string& sample) {
-    return Run({"update", folder.Path("samples/" + sample + ".dat")});
+  [[nodiscard]] size_t PackagesBuilt() const {
+    const std::filesystem::directory_iterator samples(folder.Path("samples"));
+    return static_cast<size_t>(std::count_if(begin(samples), end(samples), [](const auto& file) {
+      return file.path().extension() == ".dat";
+    }));
   }
 };
 
 TEST_F(SamplesTest, A1UpdatesTheKeyboard) {
+  MakeSamples({"a1"});
   const SimulatorProcess keyboard(bus, FlashIn("flash"));
-  EXPECT_EQ(Update("a1").exitCode, 0);
+  EXPECT_EQ(UpdateWithSample("a1").exitCode, 0);
   const Bytes image = folder.Read("samples/a1.first.bin");
   EXPECT_EQ(Flash("flash", image.size()), image);
 }
 
 TEST_F(SamplesTest, A1AndA1UpdateTheKeyboard) {
+  MakeSamples({"a1-a1"});
   const SimulatorProcess keyboard(bus, FlashIn("flash"));
-  EXPECT_EQ(Update("a1-a1").exitCode, 0);
+  EXPECT_EQ(UpdateWithSample("a1-a1").exitCode, 0);
   Bytes expected = folder.Read("samples/a1.first.bin");
   const Bytes second = folder.Read("samples/a1.second.bin");
   std::copy(second.begin(), second.end(), expected.begin());
@@ -35,11 +37,24 @@ TEST_F(SamplesTest, A1AndA1UpdateTheKeyboard) {
 }
 
 TEST_F(SamplesTest, AreTheSameEveryTime) {
+  MakeSamples({"a1-a1"});
   const Bytes before = folder.Read("samples/a1-a1.dat");
-  Subprocess script(
-      {.command = {HOLLIN_EXAMPLES_DIR "/make-samples", HOLLIN_BIN_DIR, folder.Path("samples")}});
-  EXPECT_EQ(script.Wait(), 0);
+  MakeSamples({"a1-a1"});
   EXPECT_EQ(folder.Read("samples/a1-a1.dat"), before);
+}
+
+TEST_F(SamplesTest, AreAllBuiltUnlessSomeAreNamed) {
+  MakeSamples({"c1", "a2-word-a2-buffer"});
+  EXPECT_EQ(PackagesBuilt(), 2U);
+  MakeSamples();
+  EXPECT_EQ(PackagesBuilt(), 4U + 16U);
+}
+
+TEST_F(SamplesTest, OfAnUnknownNameAreRefused) {
+  Subprocess script(
+      {.command = {HOLLIN_EXAMPLES_DIR "/make-samples", HOLLIN_BIN_DIR, folder.Path(), "a2"}});
+  EXPECT_EQ(script.Wait(), 2);
+  EXPECT_THAT(script.Err(), testing::HasSubstr("no such sample: a2"));
 }
 
 }  // namespace

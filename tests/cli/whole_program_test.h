@@ -52,6 +52,18 @@ class WholeProgramTest : public ::testing::Test {
     return folder.Write("package.dat", package);
   }
 
+  // Has the script build sample packages into the folder "samples": those of these names, or all.
+  void MakeSamples(const std::vector<std::string>& names = {}) const {
+    std::vector<std::string> command = {HOLLIN_EXAMPLES_DIR "/make-samples", HOLLIN_BIN_DIR,
+                                        folder.Path("samples")};
+    command.insert(command.end(), names.begin(), names.end());
+    Subprocess script({.command = command});
+    EXPECT_EQ(script.Wait(), 0) << script.Err();
+  }
+  [[nodiscard]] Ended UpdateWithSample(const std::string& name) const {
+    return Run({"update", folder.Path("samples/" + name + ".dat")});
+  }
+
   // The option that has a keyboard keep its A1 flash in a file of the test's folder.
   [[nodiscard]] std::vector<std::string> FlashIn(const std::string& name) const {
     return {"--option", "a1.file=" + folder.Path(name)};

@@ -129,8 +129,8 @@ bool A2Update::VerifyImage() {
   return true;
 }
 
-double A2Update::DataTimeOut(uint32_t blockCount) {
-  return blockCount == 1 ? kSingleBlockTimeOut : kSeveralBlocksTimeOut;
+double A2Update::DataTimeOut(uint32_t sector) const {
+  return WordsOfSector(sector) <= flash.blockSize ? kSingleBlockTimeOut : kSeveralBlocksTimeOut;
 }
 
 // In bytes, modulo 2^32. The last sector of the list is as large as the one before it.
@@ -149,6 +149,11 @@ uint64_t A2Update::WholeSectorSize(uint32_t sector) const {
 // rest.
 uint32_t A2Update::BytesOfSector(uint32_t sector) const {
   return sector + 1 == plannedSectors ? bytesToWrite - bytesDone : SectorSize(sector);
+}
+
+// An odd byte is dropped.
+uint32_t A2Update::WordsOfSector(uint32_t sector) const {
+  return BytesOfSector(sector) / kWordSize;
 }
 
 bool A2Update::IsReserved(uint32_t sector) const {
@@ -261,12 +266,11 @@ bool A2Update::StartWriteBuffer() {
 }
 
 bool A2Update::SendBlocks(uint32_t sector) {
-  const uint32_t words = BytesOfSector(sector) / kWordSize;  // an odd byte is dropped
-  const uint32_t blocks = words / flash.blockSize + (words % flash.blockSize != 0 ? 1 : 0);
+  const double dataTimeOut = DataTimeOut(sector);
   uint32_t address = flash.sectorAddrs[sector];
-  for (uint32_t left = words; left > 0;) {
+  for (uint32_t left = WordsOfSector(sector); left > 0;) {
     const uint32_t count = std::min(left, flash.blockSize);
-    if (!SendBlock(address, count, DataTimeOut(blocks))) return false;
+    if (!SendBlock(address, count, dataTimeOut)) return false;
     address += count;
     left -= count;
   }

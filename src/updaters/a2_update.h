@@ -24,8 +24,8 @@ class A2Update final : public AXUpdate {
   [[nodiscard]] bool RunStep(uint32_t index) override;
   [[nodiscard]] bool VerifyImage() override;
 
-  // Seconds to send the data of a block in a sector of so many blocks.
-  [[nodiscard]] static double DataTimeOut(uint32_t blockCount);
+  // Seconds to send the data of a block of this sector; `bytesDone` is at its start.
+  [[nodiscard]] double DataTimeOut(uint32_t sector) const;
 
   A2Description flash;
   uint32_t plannedSectors = 0;  // sectors, from the first of the list, that the image reaches
@@ -38,6 +38,7 @@ class A2Update final : public AXUpdate {
   [[nodiscard]] uint32_t SectorSize(uint32_t sector) const;
   [[nodiscard]] uint64_t WholeSectorSize(uint32_t sector) const;
   [[nodiscard]] uint32_t BytesOfSector(uint32_t sector) const;
+  [[nodiscard]] uint32_t WordsOfSector(uint32_t sector) const;
   [[nodiscard]] bool IsReserved(uint32_t sector) const;
   [[nodiscard]] bool PlanLiesInImage() const;
   [[nodiscard]] bool HasBytesLeft(uint32_t count) const;

@@ -140,8 +140,8 @@ bool C1Update::FindSpan(uint32_t length, int32_t& span) {
   return true;
 }
 
-double C1Update::DataTimeOut(uint32_t sectorBytes) {
-  return sectorBytes <= kChunkSize ? kOneChunkTimeOut : kSeveralChunksTimeOut;
+double C1Update::DataTimeOut(uint32_t index) const {
+  return BytesOfDataSector(index) <= kChunkSize ? kOneChunkTimeOut : kSeveralChunksTimeOut;
 }
 
 void C1Update::RestartWalk() { place = {}; }
@@ -222,11 +222,11 @@ bool C1Update::PollErase(uint32_t address) {
 }
 
 bool C1Update::ProgramSector(uint32_t index, uint32_t sector) {
-  const uint32_t bytes = BytesOfDataSector(index);
+  const double dataTimeOut = DataTimeOut(index);
   uint32_t address = SectorAddress(sector);
-  for (uint32_t left = bytes; left > 0;) {
+  for (uint32_t left = BytesOfDataSector(index); left > 0;) {
     const ByteView data = NextData(std::min(left, kChunkSize));
-    if (!SendChunk(address, data, DataTimeOut(bytes))) return false;
+    if (!SendChunk(address, data, dataTimeOut)) return false;
     const auto length = static_cast<uint32_t>(data.size());
     readPosition += length;
     address += length;

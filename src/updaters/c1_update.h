@@ -41,8 +41,8 @@ class C1Update final : public AXUpdate {
   // here has.
   [[nodiscard]] bool FindSpan(uint32_t length, int32_t& span);
 
-  // Seconds to send the data of a chunk in a data sector of so many bytes.
-  [[nodiscard]] static double DataTimeOut(uint32_t sectorBytes);
+  // Seconds to send the data of a chunk of this data sector.
+  [[nodiscard]] double DataTimeOut(uint32_t index) const;
 
   C1Description flash;
   uint32_t dataSectorCount = 0;  // sectors that the image fills

@@ -276,10 +276,31 @@ TEST_F(A2UpdateProgramTest, ABlockOf65536WordsIsAnnouncedAs0) {
   EXPECT_EQ(keyboard.dataOfBlocks, Messages{image});
 }
 
-TEST(A2UpdateTimeOutTest, ASectorOfOneBlockUses1SecondAndOfSeveral3) {
-  EXPECT_EQ(A2Update::DataTimeOut(1), 1.0);
-  EXPECT_EQ(A2Update::DataTimeOut(2), 3.0);
-  EXPECT_EQ(A2Update::DataTimeOut(3), 3.0);
+// A sector has 8 words.
+TEST_F(A2UpdateProgramTest, TheDataOfASectorOfOneBlockHas1SecondAndOfSeveral3) {
+  struct Case {
+    uint32_t blockSize;
+    double seconds;
+  };
+  for (const Case& c : std::vector<Case>{{2, 3.0}, {4, 3.0}, {6, 3.0}, {8, 1.0}, {10, 1.0}}) {
+    update.flash.blockSize = c.blockSize;
+    ASSERT_TRUE(Plan(Counting(32)));
+    EXPECT_EQ(update.DataTimeOut(0), c.seconds) << c.blockSize;
+  }
+}
+
+// Blocks have 4 words; behind the first sector's 16 bytes remain 7, 8, 9, 10 and 11.
+TEST_F(A2UpdateProgramTest, TheLastSectorsTimeDependsOnTheBytesThatRemain) {
+  struct Case {
+    size_t length;
+    double seconds;
+  };
+  for (const Case& c : std::vector<Case>{
+           {16 + 7, 1.0}, {16 + 8, 1.0}, {16 + 9, 1.0}, {16 + 10, 3.0}, {16 + 11, 3.0}}) {
+    ASSERT_TRUE(Plan(Counting(c.length)));
+    ASSERT_TRUE(RunSteps(1));
+    EXPECT_EQ(update.DataTimeOut(1), c.seconds) << c.length;
+  }
 }
 
 }  // namespace

@@ -148,12 +148,23 @@ TEST_F(C1UpdateProgramTest, AfterTheSixthFailedAttemptTheStepFails) {
   EXPECT_EQ(update.readPosition, 0U);
 }
 
-TEST(C1UpdateTimeOutTest, UpTo8192BytesUse1SecondAndMoreUse3) {
-  EXPECT_EQ(C1Update::DataTimeOut(1), 1.0);
-  EXPECT_EQ(C1Update::DataTimeOut(8191), 1.0);
-  EXPECT_EQ(C1Update::DataTimeOut(8192), 1.0);
-  EXPECT_EQ(C1Update::DataTimeOut(8193), 3.0);
-  EXPECT_EQ(C1Update::DataTimeOut(65536), 3.0);
+TEST_F(C1UpdateProgramTest, DataOfUpTo8192BytesASectorHas1SecondAndOfMore3) {
+  update.flash.sectorSize = 65536;
+  for (const int64_t length : {1, 8191, 8192}) {
+    ASSERT_TRUE(PlanLength(length));
+    EXPECT_EQ(update.DataTimeOut(0), 1.0) << length;
+  }
+  for (const int64_t length : {8193, 65535, 65536}) {
+    ASSERT_TRUE(PlanLength(length));
+    EXPECT_EQ(update.DataTimeOut(0), 3.0) << length;
+  }
+}
+
+TEST_F(C1UpdateProgramTest, TheLastSectorsTimeDependsOnTheBytesThatRemain) {
+  update.flash.sectorSize = 65536;
+  ASSERT_TRUE(PlanLength(3 * 65536 + 1));
+  EXPECT_EQ(update.DataTimeOut(2), 3.0);
+  EXPECT_EQ(update.DataTimeOut(3), 1.0);
 }
 
 }  // namespace

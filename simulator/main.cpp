@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "simulator/keyboard.h"
 #include "simulator/keyboard_option.h"
 #include "simulator/number.h"
+#include "simulator/program_run.h"
 #include "simulator/report_server.h"
 #include "simulator/uhid.h"
 #include "simulator/usb_gadget.h"
@@ -29,6 +31,7 @@ struct Arguments {
   std::vector<std::string> optionFiles;
   std::vector<std::string> options;
   std::vector<std::string> faults;
+  std::vector<std::string> program;  // with its arguments; empty: none
   bool verbose = false;
   bool usbGadget = false;
   bool uhid = false;
@@ -114,14 +117,22 @@ int ServeSystem(Keyboard& keyboard, KernelPort& port, const Arguments& arguments
   return server.Run() ? 0 : 1;
 }
 
-int ServeSocket(Keyboard& keyboard, const Arguments& arguments) {
-  ReportServer server(keyboard, arguments.directory, arguments.verbose);
+int ServeSocket(Keyboard& keyboard, const std::string& directory, bool verbose,
+                const std::function<void()>& ready) {
+  ReportServer server(keyboard, directory, verbose);
   if (!server.Start()) {
-    std::fprintf(stderr, "ts30-simulator: cannot listen in %s\n", arguments.directory.c_str());
+    std::fprintf(stderr, "ts30-simulator: cannot listen in %s\n", directory.c_str());
     return 1;
   }
-  PrintReady(keyboard.Options(), "in " + arguments.directory);
+  ready();
   return server.Run() ? 0 : 1;
+}
+
+int ServeProgram(Keyboard& keyboard, const Arguments& arguments) {
+  return RunOnKeyboard(arguments.program,
+                       [&](const std::string& folder, const std::function<void()>& ready) {
+                         return ServeSocket(keyboard, folder, arguments.verbose, ready);
+                       });
 }
 
 int Serve(const Arguments& arguments, const KeyboardOptions& options) {
@@ -130,8 +141,9 @@ int Serve(const Arguments& arguments, const KeyboardOptions& options) {
   if (!keyboard.KeepContents(failedFile)) {
     return UsageError("cannot keep flash contents in " + failedFile + " (or it has another size)");
   }
+  if (!arguments.program.empty()) return ServeProgram(keyboard, arguments);
   if (!arguments.usbGadget && !arguments.uhid && arguments.directory.empty()) {
-    return UsageError("say where to be found: --dir, --usb-gadget or --uhid");
+    return UsageError("say where to be found: --dir, --usb-gadget, --uhid, or a program to run");
   }
   const auto descriptor = ParseReportDescriptor(arguments.descriptor);
   if (!descriptor) return UsageError("not a report descriptor: " + arguments.descriptor);
@@ -143,21 +155,29 @@ int Serve(const Arguments& arguments, const KeyboardOptions& options) {
     Uhid port({options.vendorId, options.productId, *descriptor});
     return ServeSystem(keyboard, port, arguments);
   }
-  return ServeSocket(keyboard, arguments);
+  return ServeSocket(keyboard, arguments.directory, arguments.verbose,
+                     [&] { PrintReady(options, "in " + arguments.directory); });
 }
 
 int Run(int argc, char** argv) {
   Arguments arguments;
   CLI::App app(
-      "A TS30 keyboard in software: for programs that run with the stand-in for hidapi (--dir), or "
-      "for every program of the system (--usb-gadget, --uhid; both need root).");
+      "A TS30 keyboard in software: for one program (PROGRAM), for all that run with the stand-in "
+      "for hidapi (--dir), or for every program of the system (--usb-gadget, --uhid; both need "
+      "root).");
+  app.set_version_flag("--version", "ts30-simulator " HOLLIN_VERSION);
   app.footer(Help());
   app.add_option("--dir", arguments.directory, "folder for the keyboard's socket")
       ->envname(kDirectoryVariable);
+  app.add_option("PROGRAM", arguments.program,
+                 "program to run on this keyboard, with its arguments; put -- in front of it")
+      ->type_name("");
   app.add_flag("--usb-gadget", arguments.usbGadget,
-               "be a USB device on one of this machine's device controllers");
+               "be a USB device on one of this machine's device controllers")
+      ->excludes("PROGRAM");
   app.add_flag("--uhid", arguments.uhid, "be a HID device of this machine")
-      ->excludes("--usb-gadget");
+      ->excludes("--usb-gadget")
+      ->excludes("PROGRAM");
   app.add_option("--udc", arguments.controller,
                  "device controller for --usb-gadget (default: the first that is free)");
   app.add_option("--report-descriptor", arguments.descriptor,

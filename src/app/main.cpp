@@ -10,6 +10,7 @@
 #include "app/main_window_services.h"
 #include "app/process_signals.h"
 #include "app/quit_signals.h"
+#include "app/window_options.h"
 
 namespace {
 
@@ -33,6 +34,8 @@ int Leave(int code) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const std::string answer = argc > 1 ? hollin::AnswerToOption(argv[1]) : "";
+  if (!answer.empty()) return std::fputs(answer.c_str(), stdout) < 0 ? 1 : 0;
   hollin::IgnoreFileSizeSignal();
   const QApplication application(argc, argv);
   QApplication::setApplicationName("Hollin");

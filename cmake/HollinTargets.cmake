@@ -7,6 +7,11 @@ set(HOLLIN_BIN_DIR "${CMAKE_BINARY_DIR}/bin")            # what an installation 
 add_library(hollin_options INTERFACE)
 target_compile_options(hollin_options INTERFACE -Wall -Wextra -Wconversion
   $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> $<$<BOOL:${HOLLIN_WERROR}>:-Werror>)
+# What a program that reads other people's files should have. Debian's compilers make position-independent programs
+# without being asked.
+target_compile_options(hollin_options INTERFACE
+  "$<$<CONFIG:Release>:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+target_link_options(hollin_options INTERFACE "$<$<CONFIG:Release>:-Wl,-z,relro,-z,now>")
 target_include_directories(hollin_options INTERFACE "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}")
 if(HOLLIN_SANITIZE)
   add_compile_options(-fsanitize=${HOLLIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -98,7 +98,7 @@ class ServingProcess {
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     const int code = serve(folder, [news] {
-      static_cast<void>(!write(news, "r", 1));
+      if (write(news, "r", 1) != 1) Fail("nobody waits for the keyboard");
       close(news);
     });
     std::fflush(nullptr);
@@ -116,6 +116,7 @@ class ServingProcess {
   setenv(kLibraryPath, path.c_str(), 1);
   setenv(kDirectoryVariable, folder.c_str(), 1);
   std::vector<char*> arguments;
+  arguments.reserve(program.size() + 1);
   for (const std::string& argument : program) {
     arguments.push_back(const_cast<char*>(argument.c_str()));
   }

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "app/data_folder.h"
+
+#include <sys/stat.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <cerrno>
+
+#include "app/user_folders.h"
+
+namespace hollin {
+namespace {
+
+QString Translated(const char* text) { return QCoreApplication::translate("DataStore", text); }
+
+QString Shown(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
+
+}  // namespace
+
+std::string ApplicationDataFolder() {
+  const std::string folder = UserDataFolder();
+  return folder.empty() ? "" : folder + "/" + kApplicationId;
+}
+
+bool QueryFolder(const std::string& path, bool& isFolder, AppError& error) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) == 0) {
+    isFolder = S_ISDIR(status.st_mode);
+    return true;
+  }
+  error = SystemError(
+      errno,
+      Translated("The folder for application data cannot be examined (%1).").arg(Shown(path)));
+  if (error.code != ENOENT || path.empty()) return false;
+  error.domain = kFileErrorDomain;
+  error.code = kNoSuchFile;
+  return false;
+}
+
+bool CreateFolder(const std::string& path, AppError& error) {
+  const int number = MakeFolder(path);
+  if (number == 0) return true;
+  error = SystemError(
+      number, Translated("The folder for application data cannot be made (%1).").arg(Shown(path)));
+  return false;
+}
+
+}  // namespace hollin

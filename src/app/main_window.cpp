@@ -33,6 +33,7 @@ constexpr std::chrono::milliseconds kPauseForMemory{100};
 constexpr QRgb kSystemGray = qRgb(142, 142, 147);
 
 std::atomic<int> liveWorkers = 0;
+bool wasWorkerStarted = false;
 
 // What the worker posts to. Made on the main thread and never destroyed: a worker may still post
 // while the program leaves.
@@ -156,6 +157,8 @@ void MainWindow::UpdateDevice() {
   const QPointer<MainWindow> self(this);
   QObject& relay = Relay();
   liveWorkers++;
+  wasWorkerStarted = true;
+  const AllSignalsBlocked inTheWorker;
   try {
     std::thread([&record = datFile, &relay, self] {
       ThreadUpdate(record, relay, self);
@@ -169,11 +172,12 @@ void MainWindow::UpdateDevice() {
 
 void MainWindow::ThreadUpdate(DatFileExamine& datFile, QObject& relay,
                               const QPointer<MainWindow>& window) {
-  BlockSignalsInThisThread();
   RunUpdate(datFile, [&](int32_t value) { PostProgress(relay, window, value); });
 }
 
 bool MainWindow::IsWorkerAlive() { return liveWorkers > 0; }
+
+bool MainWindow::WasWorkerStarted() { return wasWorkerStarted; }
 
 void MainWindow::RefreshProgress(int32_t value) {
   pVal = value;

@@ -60,6 +60,8 @@ class MainWindow : public QMainWindow {
                            const QPointer<MainWindow>& window);
   // Whether a worker still runs, in any window.
   [[nodiscard]] static bool IsWorkerAlive();
+  // Whether there ever was one: its thread may still be about to end when it counts as gone.
+  [[nodiscard]] static bool WasWorkerStarted();
 
   // Outlets. The window owns them.
   QLineEdit* textFieldPath = nullptr;

@@ -2,6 +2,8 @@
 // What the programs do about signals.
 #pragma once
 
+#include <csignal>
+
 namespace hollin {
 
 // A file size limit then shows as a short write, which is noticed, instead of ending the program.
@@ -12,8 +14,18 @@ void IgnoreFileSizeSignal();
 // middle of an update as it may be. At program start.
 void IgnoreBrokenPipeSignal();
 
-// Blocks all signals in the calling thread, and so in the threads that it starts: one that
-// interrupts a read would end the update. For the thread that talks to the keyboard.
-void BlockSignalsInThisThread();
+// Blocks all signals in the calling thread as long as it lives, and in threads that are started
+// meanwhile for good: one that interrupts a read would end the update. For starting the thread that
+// talks to the keyboard.
+class AllSignalsBlocked {
+ public:
+  AllSignalsBlocked();
+  ~AllSignalsBlocked();
+  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
+  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+
+ private:
+  sigset_t before{};
+};
 
 }  // namespace hollin

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QSocketNotifier>
 #include <array>
 #include <cerrno>
@@ -36,6 +37,23 @@ void Catch(int number) {
   static_cast<void>(sigaction(number, &action, nullptr));
 }
 
+// Sees the application's events before the application does.
+class QuitEventFilter : public QObject {
+ public:
+  QuitEventFilter(QObject* parent, std::function<void()> quitCall)
+      : QObject(parent), quit(std::move(quitCall)) {}
+
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (object != parent() || event->type() != QEvent::Quit) return false;
+    event->ignore();  // whether it really ends is not known yet
+    QMetaObject::invokeMethod(this, quit, Qt::QueuedConnection);
+    return true;
+  }
+
+ private:
+  std::function<void()> quit;
+};
+
 void EmptyPipe() {
   std::array<char, 64> bytes{};
   while (read(signalPipe[0], bytes.data(), bytes.size()) > 0) continue;
@@ -54,6 +72,11 @@ void CallOnQuitSignals(std::function<void()> quit) {
   Catch(SIGTERM);
   Catch(SIGINT);
   if (!IsIgnored(SIGHUP)) Catch(SIGHUP);
+}
+
+void CallOnQuitEvent(std::function<void()> quit) {
+  QCoreApplication* const application = QCoreApplication::instance();
+  application->installEventFilter(new QuitEventFilter(application, std::move(quit)));
 }
 
 }  // namespace hollin

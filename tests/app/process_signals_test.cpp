@@ -10,7 +10,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <future>
+#include <optional>
+#include <semaphore>
 #include <thread>
 
 #include "tests/support/temp_folder.h"
@@ -41,26 +42,33 @@ TEST(ProcessSignalsTest, AFileSizeLimitIsAShortWriteAndNotTheEnd) {
   std::fclose(file);
 }
 
-TEST(ProcessSignalsTest, AllSignalsAreBlockedInTheThreadThatAsksForIt) {
-  std::thread([] {
-    for (const int signal : kOrdinary) EXPECT_FALSE(IsBlocked(signal)) << signal;
-    BlockSignalsInThisThread();
+TEST(ProcessSignalsTest, AllSignalsAreBlockedUntilTheScopeEnds) {
+  for (const int signal : kOrdinary) EXPECT_FALSE(IsBlocked(signal)) << signal;
+  {
+    const AllSignalsBlocked blocked;
     for (const int signal : kOrdinary) EXPECT_TRUE(IsBlocked(signal)) << signal;
     EXPECT_TRUE(IsBlocked(SIGRTMIN));
     EXPECT_TRUE(IsBlocked(SIGRTMAX));
-  }).join();
-}
-
-TEST(ProcessSignalsTest, ThreadsStartedByItBlockThemToo) {
-  std::thread([] {
-    BlockSignalsInThisThread();
-    std::thread([] { EXPECT_TRUE(IsBlocked(SIGTERM)); }).join();
-  }).join();
-}
-
-TEST(ProcessSignalsTest, OtherThreadsStillTakeThem) {
-  std::thread(BlockSignalsInThisThread).join();
+  }
   for (const int signal : kOrdinary) EXPECT_FALSE(IsBlocked(signal)) << signal;
+}
+
+TEST(ProcessSignalsTest, WhatWasBlockedBeforeStaysBlocked) {
+  const AllSignalsBlocked outer;
+  { const AllSignalsBlocked inner; }
+  EXPECT_TRUE(IsBlocked(SIGTERM));
+}
+
+TEST(ProcessSignalsTest, ThreadsStartedInTheScopeNeverTakeThem) {
+  std::binary_semaphore isScopeOver(0);
+  std::optional<AllSignalsBlocked> blocked(std::in_place);
+  std::thread worker([&] {
+    isScopeOver.acquire();
+    for (const int signal : kOrdinary) EXPECT_TRUE(IsBlocked(signal)) << signal;
+  });
+  blocked.reset();
+  isScopeOver.release();
+  worker.join();
 }
 
 std::atomic<int> handled = 0;
@@ -77,14 +85,12 @@ TEST(ProcessSignalsTest, ASignalToTheProcessDoesNotInterruptTheWorker) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   std::atomic<ssize_t> result = 0;
-  std::promise<void> isBlocking;
+  std::optional<AllSignalsBlocked> blocked(std::in_place);
   std::thread worker([&] {
-    BlockSignalsInThisThread();
-    isBlocking.set_value();
     char byte = 0;
     result = read(ends[0], &byte, 1);
   });
-  isBlocking.get_future().wait();
+  blocked.reset();
   EXPECT_EQ(pthread_kill(worker.native_handle(), SIGUSR1), 0);  // stays pending
   EXPECT_EQ(kill(getpid(), SIGUSR1), 0);
   EXPECT_EQ(write(ends[1], "x", 1), 1);

@@ -61,6 +61,8 @@ class WindowProgramTest : public ::testing::Test {
     auto environment = bus.Environment();
     environment.push_back(desktop.Environment());
     environment.emplace_back("QT_QPA_PLATFORM", "xcb");
+    environment.emplace_back("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    environment.emplace_back("XDG_DATA_HOME", folder.Path("data"));
     hollin.emplace(Subprocess::Setup{.command = command, .environment = environment});
     ASSERT_TRUE(Eventually([this] { return desktop.Shows(caption); }));
   }

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+#include "app/bus_service.h"
+
+#include <QDBusAbstractAdaptor>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QFile>
+#include <QMetaObject>
+#include <optional>
+
+#include "app/file_uri.h"
+#include "app/user_folders.h"
+#include "base/log.h"
+
+namespace hollin {
+namespace {
+
+constexpr char kObjectPath[] = "/com/tovari/Hollin";
+constexpr char kInterface[] = "org.freedesktop.Application";
+constexpr int kLongestWait = 5000;  // ms
+
+constexpr char kActivationToken[] = "activation-token";
+constexpr char kActivationVariable[] = "XDG_ACTIVATION_TOKEN";
+constexpr char kStartupId[] = "desktop-startup-id";
+constexpr char kStartupVariable[] = "DESKTOP_STARTUP_ID";
+
+// Where nothing says that there is a bus, the library behind QtDBus would try to start one.
+bool IsBusAnnounced() {
+  if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) return true;
+  const std::string runtime = UserRuntimeFolder();
+  return !runtime.empty() && QFile::exists(QFile::decodeName((runtime + "/bus").c_str()));
+}
+
+std::optional<QDBusConnection> SessionBus() {
+  if (!IsBusAnnounced()) return std::nullopt;
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) return std::nullopt;
+  return bus;
+}
+
+QDBusMessage MessageFor(const StartRequest& request) {
+  const bool hasPackage = !request.package.empty();
+  QDBusMessage message = QDBusMessage::createMethodCall(kApplicationId, kObjectPath, kInterface,
+                                                        hasPackage ? "Open" : "Activate");
+  message.setAutoStartService(false);
+  if (hasPackage) message << QStringList(QString::fromStdString(FileUriOf(request.package)));
+  message << request.platformData;
+  return message;
+}
+
+// The only thing that a program gets wrong by not being there.
+bool IsNobodyThere(const QDBusMessage& reply) {
+  const QDBusError::ErrorType type = QDBusError(reply).type();
+  return type == QDBusError::ServiceUnknown || type == QDBusError::Disconnected ||
+         reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner";
+}
+
+// The window's next wish to come to the front is then granted, where the desktop asks for this.
+void TakeActivation(const QVariantMap& platformData) {
+  const QByteArray token = platformData.value(kActivationToken).toString().toUtf8();
+  if (!token.isEmpty()) qputenv(kActivationVariable, token);
+}
+
+}  // namespace
+
+// The interface as the desktop calls it.
+class ApplicationAdaptor : public QDBusAbstractAdaptor {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
+ public:
+  explicit ApplicationAdaptor(BusService* ownService)
+      : QDBusAbstractAdaptor(ownService), service(ownService) {}
+
+ public slots:
+  void Activate(const QVariantMap& platformData) {
+    TakeActivation(platformData);
+    Post([this] { emit service->ActivateRequested(); });
+  }
+
+  // The window shows one package, so the first file is it.
+  void Open(const QStringList& uris, const QVariantMap& platformData) {
+    Activate(platformData);
+    for (const QString& uri : uris) {
+      const std::optional<std::string> path = PathOfFileUri(uri.toStdString());
+      if (path) return Post([this, path] { emit service->OpenRequested(*path); });
+      Log("Cannot open what is not a file of this computer: " + uri.toStdString());
+    }
+  }
+
+  void ActivateAction(const QString& name, const QVariantList& /*parameter*/,
+                      const QVariantMap& platformData) {
+    TakeActivation(platformData);
+    if (name == "quit") Post([this] { emit service->QuitRequested(); });
+  }
+
+ private:
+  template <typename Function>
+  void Post(const Function& function) {
+    QMetaObject::invokeMethod(service, function, Qt::QueuedConnection);
+  }
+
+  BusService* service;
+};
+
+StartRequest ReadStartRequest() {
+  StartRequest request;
+  const std::pair<const char*, const char*> handedOn[] = {{kActivationToken, kActivationVariable},
+                                                          {kStartupId, kStartupVariable}};
+  for (const auto& [key, variable] : handedOn) {
+    const QString value = qEnvironmentVariable(variable);
+    if (!value.isEmpty()) request.platformData.insert(key, value);
+  }
+  return request;
+}
+
+bool HandOver(const StartRequest& request) {
+  const std::optional<QDBusConnection> bus = SessionBus();
+  return bus && !IsNobodyThere(bus->call(MessageFor(request), QDBus::Block, kLongestWait));
+}
+
+BusService::BusService(QObject* parent) : QObject(parent) { new ApplicationAdaptor(this); }
+
+BusService::State BusService::Start() {
+  std::optional<QDBusConnection> bus = SessionBus();
+  if (!bus || !bus->registerObject(kObjectPath, this)) return State::kNoBus;
+  const auto reply = bus->interface()->registerService(kApplicationId);
+  if (!reply.isValid()) return State::kNoBus;
+  return reply.value() == QDBusConnectionInterface::ServiceRegistered ? State::kServing
+                                                                      : State::kNameTaken;
+}
+
+}  // namespace hollin
+
+#include "bus_service.moc"

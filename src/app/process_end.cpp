@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "app/process_end.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/main_window.h"
+
+namespace hollin {
+namespace {
+
+MainWindow* suddenlyLeft = nullptr;
+
+void LeaveAtOnceIfThereWasAWorker(int code) {
+  if (!MainWindow::WasWorkerStarted()) return;
+  std::fflush(nullptr);
+  std::_Exit(code);
+}
+
+extern "C" void EndSuddenly() {
+  if (suddenlyLeft == nullptr) return;
+  suddenlyLeft->RemoveTempFile();
+  LeaveAtOnceIfThereWasAWorker(EXIT_FAILURE);
+}
+
+}  // namespace
+
+void PrepareForSuddenEnd(MainWindow& window) {
+  suddenlyLeft = &window;
+  static_cast<void>(std::atexit(EndSuddenly));
+}
+
+int Leave(int code) {
+  suddenlyLeft = nullptr;
+  LeaveAtOnceIfThereWasAWorker(code);
+  return code;
+}
+
+}  // namespace hollin

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "app/single_instance.h"
+
+#include <QCoreApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <chrono>
+#include <memory>
+
+#include "app/alert.h"
+#include "app/bus_service.h"
+#include "app/instance_lock.h"
+#include "base/pause.h"
+
+namespace hollin {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A window that is just being started has the lock already and its name not yet.
+constexpr int kAttempts = 10;
+constexpr auto kBetweenAttempts = 100ms;
+constexpr auto kBetweenLooks = 250ms;
+
+QString Translated(const char* text) { return QCoreApplication::translate("SingleInstance", text); }
+
+bool IsFree(InstanceLock& lock) { return lock.Take() != LockState::kBusy; }
+
+StartOutcome AskToWait(InstanceLock& lock, const StartRequest& request) {
+  const std::unique_ptr<QMessageBox> box(
+      MakeAlertBox({.message = Translated("Another Hollin is at work"),
+                    .informativeText = Translated("Hollin starts as soon as it has ended."),
+                    .style = AlertStyle::kWarning},
+                   nullptr));
+  box->addButton(Translated("Quit"), QMessageBox::RejectRole);
+  StartOutcome outcome = StartOutcome::kGivenUp;
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, box.get(), [&] {
+    if (IsFree(lock)) {
+      outcome = StartOutcome::kGoOn;
+    } else if (HandOver(request)) {
+      outcome = StartOutcome::kHandedOver;
+    } else {
+      return;
+    }
+    look.stop();
+    box->done(0);
+  });
+  look.start(kBetweenLooks);
+  box->exec();
+  return outcome;
+}
+
+}  // namespace
+
+StartOutcome StartOnlyOnce(InstanceLock& lock, const StartRequest& request) {
+  for (int attempt = 0; attempt < kAttempts; attempt++) {
+    if (attempt > 0) Pause(kBetweenAttempts);
+    if (IsFree(lock)) return StartOutcome::kGoOn;
+    if (HandOver(request)) return StartOutcome::kHandedOver;
+  }
+  return AskToWait(lock, request);
+}
+
+}  // namespace hollin

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "tests/app/session_bus.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <stdexcept>
+
+namespace hollin {
+namespace {
+
+constexpr const char* kConnectionName = "test";
+
+const Subprocess::Setup kDaemon = {
+    .command = {"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address=1"}};
+
+}  // namespace
+
+SessionBus::SessionBus() : daemon(kDaemon), connection("") {
+  if (!daemon.ReadUntil("\n")) throw std::runtime_error("no session bus: " + daemon.Err());
+  address = daemon.Out().substr(0, daemon.Out().find('\n'));
+  connection = QDBusConnection::connectToBus(QString::fromStdString(address), kConnectionName);
+  if (!connection.isConnected()) throw std::runtime_error("no session bus at " + address);
+}
+
+SessionBus::~SessionBus() { QDBusConnection::disconnectFromBus(kConnectionName); }
+
+bool SessionBus::Has(const QString& name) const {
+  return connection.interface()->isServiceRegistered(name);
+}
+
+bool SessionBus::CallApplication(const QString& method, const QVariantList& arguments) const {
+  QDBusMessage message = QDBusMessage::createMethodCall("com.tovari.Hollin", "/com/tovari/Hollin",
+                                                        "org.freedesktop.Application", method);
+  message.setArguments(arguments);
+  return connection.call(message).type() == QDBusMessage::ReplyMessage;
+}
+
+}  // namespace hollin

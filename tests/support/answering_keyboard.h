@@ -27,7 +27,18 @@ class AnsweringKeyboard {
   void AnswerNext(uint8_t code, const Replies& replies, size_t times = 1) {
     answers[code].insert(answers[code].end(), times, replies);
   }
-  // The same for the data of blocks, which have no code.
+  // The next command that begins with `code` is answered by a lone report of total 0.
+  void AnswerTotal0(uint8_t code) {
+    AnswerNext(code, {});
+    hidapi.onWrite = [this, code](const Bytes& report) {
+      const size_t before = CountOf(code);
+      TakeReport(report);
+      if (CountOf(code) == before) return;
+      hidapi.ReplyReport(KeyboardReport(0, 0, {}));
+      hidapi.onWrite = [this](const Bytes& next) { TakeReport(next); };
+    };
+  }
+  // As AnswerNext for the data of blocks, which have no code.
   void AnswerNextData(const Replies& replies, size_t times = 1) {
     dataAnswers.insert(dataAnswers.end(), times, replies);
   }

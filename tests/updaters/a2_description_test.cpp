@@ -270,12 +270,5 @@ TEST_F(A2DescriptionTest, CarriageReturnsAndAMissingLastLineEndDoNotMatter) {
   EXPECT_EQ(flash.reservedSectors, (Numbers32{12, 34}));
 }
 
-TEST_F(A2DescriptionTest, AMillionLinesAreRead) {
-  std::string text = "[Sector Address List]\n";
-  for (int line = 0; line < 1000000; line++) text += "17\n";
-  ASSERT_TRUE(Read(text));
-  EXPECT_EQ(flash.sectorAddrs.size(), 1000000U);
-}
-
 }  // namespace
 }  // namespace hollin

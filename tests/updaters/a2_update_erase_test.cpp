@@ -309,6 +309,16 @@ TEST_F(A2UpdateEraseTest, AFailedReadOfAPollEndsTheStep) {
   EXPECT_EQ(keyboard.CountOf(0x03), 2U);
 }
 
+TEST_F(A2UpdateEraseTest, AReplyOfTotal0EndsTheStep) {
+  for (const uint8_t code : Bytes{0x02, 0x03}) {
+    keyboard.commands.clear();
+    keyboard.AnswerTotal0(code);
+    EXPECT_FALSE(update.RunStep(0));
+    EXPECT_EQ(keyboard.CountOf(code), 1U);
+    EXPECT_EQ(keyboard.CountOf(0x04), 0U);
+  }
+}
+
 TEST_F(A2UpdateEraseTest, AFailedSendEndsTheStepWhereverItHappens) {
   for (size_t send = 1; send <= 4; send++) {
     SCOPED_TRACE(send);

@@ -107,5 +107,23 @@ TEST_F(A2UpdateLoadTest, APlanThatFailsFailsTheLoad) {
   EXPECT_EQ(loaded.imageLength, 65);
 }
 
+TEST_F(A2UpdateLoadTest, AMillionLinesLoad) {
+  constexpr uint32_t kSectors = 400000;
+  constexpr uint32_t kReserved = 300000;
+  constexpr uint32_t kUnknown = 300000;
+  folder.Write("image.bin", Counting(40));
+  std::string text = kDescription;
+  for (uint32_t i = 1; i <= kSectors; i++) text += std::to_string(0x118 + 8 * i) + "\n";
+  text += "[Reserved Sector]\n";
+  for (uint32_t i = 0; i < kReserved; i++) text += std::to_string(0x110 + 8 * i) + "\n";
+  text += "[Flash Model]\n";
+  for (uint32_t i = 0; i < kUnknown; i++) text += "x\n";
+  ASSERT_TRUE(Load(text));
+  EXPECT_EQ(loaded.flash.sectorAddrs.size(), 4 + kSectors);
+  EXPECT_EQ(loaded.flash.reservedSectors.size(), 1 + kReserved);
+  EXPECT_EQ(log.lines, std::vector<std::string>(kUnknown, "Unknown:Flash Model"));
+  EXPECT_EQ(loaded.StepCount(), 5U);
+}
+
 }  // namespace
 }  // namespace hollin

@@ -207,15 +207,37 @@ TEST_F(A2UpdateProgramTest, AFailedBlockTransferIsOneOfTheSixAttempts) {
 }
 
 TEST_F(A2UpdateProgramTest, AReplyOfTotal0IsAFailedReceive) {
-  keyboard.AnswerNext(0x07, {});
-  hidapi.onWrite = [this, answer = hidapi.onWrite](const Bytes& report) {
-    answer(report);
-    if (report[9] == 0x07 && keyboard.CountOf(0x07) == 1) {
-      hidapi.ReplyReport(KeyboardReport(0, 0, {}));
-    }
-  };
+  keyboard.AnswerTotal0(0x07);
   EXPECT_TRUE(update.RunStep(0));
   EXPECT_EQ(Erases(), 2U);
+}
+
+// A failed receive, unlike a wrong echo, is not answered by sending again.
+TEST_F(A2UpdateProgramTest, ACyclesEchoOfTotal0EndsTheAttempt) {
+  for (const uint8_t code : Bytes{0x04, 0x05, 0x06}) {
+    SCOPED_TRACE(code);
+    update.flash.writeBufferMode = code != 0x04;
+    keyboard.commands.clear();
+    keyboard.AnswerTotal0(code);
+    EXPECT_TRUE(update.RunStep(0));
+    EXPECT_EQ(keyboard.CountOf(code), 2U);
+    EXPECT_EQ(Erases(), 2U);
+  }
+}
+
+TEST_F(A2UpdateProgramTest, AnotherAttemptAtALaterSectorBeginsWhereThatSectorBegan) {
+  ASSERT_TRUE(Plan(Counting(40)));
+  ASSERT_TRUE(RunSteps(1));
+  hidapi.writes.clear();
+  keyboard.dataOfBlocks.clear();
+  keyboard.AnswerNextData({Hex("F4"), Hex("D4")});
+  keyboard.AnswerNextData({Hex("F4"), Hex("D5")});
+  ASSERT_TRUE(update.RunStep(1));
+  EXPECT_EQ(keyboard.dataOfBlocks,
+            (Messages{Counting(8, 16), Counting(8, 24), Counting(8, 16), Counting(8, 24)}));
+  EXPECT_EQ(update.readPos, 32U);
+  ASSERT_TRUE(update.RunStep(2));
+  EXPECT_EQ(keyboard.dataOfBlocks.back(), Counting(8, 32));
 }
 
 // Four messages erase, the fifth starts the sector and the sixth is the header.

@@ -97,6 +97,16 @@ TEST_F(C1UpdateEraseTest, AFailedReadEndsTheStep) {
   EXPECT_EQ(keyboard.CountOf(0x02), 1U);
 }
 
+TEST_F(C1UpdateEraseTest, AReplyOfTotal0EndsTheStep) {
+  for (const uint8_t code : Bytes{0x02, 0x03}) {
+    keyboard.commands.clear();
+    keyboard.AnswerTotal0(code);
+    EXPECT_FALSE(update.RunStep(0));
+    EXPECT_EQ(keyboard.CountOf(code), 1U);
+    EXPECT_EQ(keyboard.CountOf(0x07), 0U);
+  }
+}
+
 TEST_F(C1UpdateEraseTest, AFailedSendEndsTheStep) {
   for (const size_t send : {1U, 2U, 3U}) {
     if (send == 3) keyboard.AnswerNext(0x03, {kBusy});

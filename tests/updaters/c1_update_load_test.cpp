@@ -91,5 +91,24 @@ TEST_F(C1UpdateLoadTest, ASectorSizeOf0FailsTheLoad) {
   EXPECT_FALSE(Load(std::string(kDescription) + "bytes=0\n"));
 }
 
+TEST_F(C1UpdateLoadTest, AMillionLinesLoad) {
+  constexpr uint32_t kReserved = 500000;
+  constexpr uint32_t kUnknown = 500000;
+  folder.Write("image.bin", Counting(70));
+  std::string text = kDescription;
+  text += "[reserved sector]\n";
+  for (uint32_t i = 0; i < kReserved; i++) text += std::to_string(32 * (kReserved - i)) + "\n";
+  text += "[Flash Modle]\n";
+  for (uint32_t i = 0; i < kUnknown; i++) text += "x\n";
+  ASSERT_TRUE(Load(text));
+  EXPECT_EQ(loaded.flash.reservedSectors.size(), 1 + kReserved);
+  EXPECT_EQ(log.lines, std::vector<std::string>(kUnknown, "Unknown:Flash Modle"));
+  uint32_t sector = 99;
+  EXPECT_TRUE(loaded.FindUnreservedSector(0, sector));
+  EXPECT_EQ(sector, 0U);
+  EXPECT_TRUE(loaded.FindUnreservedSector(1, sector));
+  EXPECT_EQ(sector, kReserved + 1);
+}
+
 }  // namespace
 }  // namespace hollin

@@ -70,6 +70,29 @@ TEST_F(C1UpdateModeTest, WithoutAKeyboardItFails) {
   EXPECT_TRUE(hidapi.writes.empty());
 }
 
+// The link is lost behind the mode's reply, and nobody is there to be configured.
+TEST_F(C1UpdateModeTest, WithoutALinkNothingIsConfigured) {
+  ASSERT_TRUE(update.EnterUpdateMode(5));
+  hidapi.writes.clear();
+  hidapi.onWrite = [this, answer = hidapi.onWrite](const Bytes& report) {
+    answer(report);
+    HidDevice::opened = false;
+    hidapi.deviceCount = 0;
+  };
+  EXPECT_FALSE(update.EnterUpdateMode(5));
+  EXPECT_EQ(hidapi.SentMessages(), Messages{kMode});
+  EXPECT_EQ(update.flashCapacity, 0);
+}
+
+TEST_F(C1UpdateModeTest, AReplyOfTotal0IsARefusal) {
+  for (const uint8_t code : Bytes{0x01, 0x0B}) {
+    keyboard.commands.clear();
+    keyboard.AnswerTotal0(code);
+    EXPECT_TRUE(update.EnterUpdateMode(2));
+    EXPECT_EQ(keyboard.CountOf(code), 2U);
+  }
+}
+
 struct Attempts {
   int32_t retries;
   size_t modeRefusals, configureRefusals;

@@ -108,6 +108,25 @@ TEST_F(C1UpdateProgramTest, AFailureInTheMiddleErasesAgainAndSendsFromTheFirstCh
   EXPECT_EQ(update.bytesDone, 65536U);
 }
 
+TEST_F(C1UpdateProgramTest, AnotherAttemptAtALaterSectorBeginsWhereThatSectorBegan) {
+  ASSERT_TRUE(Plan(Counting(70)));
+  ASSERT_TRUE(RunSteps(1));
+  keyboard.dataOfBlocks.clear();
+  keyboard.AnswerNextData({Hex("F5")}, 2);
+  ASSERT_TRUE(update.RunStep(1));
+  EXPECT_EQ(keyboard.dataOfBlocks,
+            (Messages{Counting(32, 32), Counting(32, 32), Counting(32, 32)}));
+  EXPECT_EQ(update.readPosition, 64U);
+  ASSERT_TRUE(update.RunStep(2));
+  EXPECT_EQ(keyboard.dataOfBlocks.back(), Counting(6, 64));
+}
+
+TEST_F(C1UpdateProgramTest, AReplyOfTotal0EndsTheAttempt) {
+  keyboard.AnswerTotal0(0x07);
+  EXPECT_TRUE(update.RunStep(0));
+  EXPECT_EQ(keyboard.CountOf(0x02), 2U);
+}
+
 TEST_F(C1UpdateProgramTest, WhateverFailsInAChunkEndsTheAttempt) {
   using Replies = AnsweringKeyboard::Replies;
   for (const Replies& header : {Replies{std::nullopt}, Replies{Hex("07")}}) {
@@ -150,6 +169,7 @@ TEST_F(C1UpdateProgramTest, AfterTheSixthFailedAttemptTheStepFails) {
 
 TEST_F(C1UpdateProgramTest, DataOfUpTo8192BytesASectorHas1SecondAndOfMore3) {
   update.flash.sectorSize = 65536;
+  update.image.reset();
   for (const int64_t length : {1, 8191, 8192}) {
     ASSERT_TRUE(PlanLength(length));
     EXPECT_EQ(update.DataTimeOut(0), 1.0) << length;
@@ -162,6 +182,7 @@ TEST_F(C1UpdateProgramTest, DataOfUpTo8192BytesASectorHas1SecondAndOfMore3) {
 
 TEST_F(C1UpdateProgramTest, TheLastSectorsTimeDependsOnTheBytesThatRemain) {
   update.flash.sectorSize = 65536;
+  update.image.reset();
   ASSERT_TRUE(PlanLength(3 * 65536 + 1));
   EXPECT_EQ(update.DataTimeOut(2), 3.0);
   EXPECT_EQ(update.DataTimeOut(3), 1.0);

@@ -7,15 +7,31 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <limits>
 
 namespace hollin {
 
-template <typename Work>
+// The processor's time alone, for work that waits for nothing: what else runs does not count.
+struct ProcessorClock {
+  using duration = std::chrono::nanoseconds;
+  using rep = duration::rep;
+  using period = duration::period;
+  using time_point = std::chrono::time_point<ProcessorClock>;
+  static constexpr bool is_steady = true;
+
+  static time_point now() {
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return time_point(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+  }
+};
+
+template <typename Clock = std::chrono::steady_clock, typename Work>
 double SecondsOf(const Work& work) {
-  const auto start = std::chrono::steady_clock::now();
+  const auto start = Clock::now();
   work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
 struct Comparison {
@@ -24,12 +40,12 @@ struct Comparison {
 };
 
 // Runs the benchmark's loop; the time that is reported is the work's alone.
-template <typename Work, typename Bare>
+template <typename Clock = std::chrono::steady_clock, typename Work, typename Bare>
 Comparison CompareInTurns(benchmark::State& state, const Work& work, const Bare& bare) {
   Comparison best;
   for ([[maybe_unused]] auto _ : state) {
-    best.bare = std::min(best.bare, SecondsOf(bare));
-    const double seconds = SecondsOf(work);
+    best.bare = std::min(best.bare, SecondsOf<Clock>(bare));
+    const double seconds = SecondsOf<Clock>(work);
     best.work = std::min(best.work, seconds);
     state.SetIterationTime(seconds);
   }

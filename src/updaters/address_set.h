@@ -19,14 +19,29 @@ class AddressSet {
     addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
   }
 
+  // Asked in ascending order, as a walk over sectors does, it steps along the list; any other
+  // address is searched for.
   [[nodiscard]] bool Contains(uint32_t address) const {
-    return std::binary_search(addresses.begin(), addresses.end(), address);
+    if (!BelongsAt(place, address))
+      place = BelongsAt(place + 1, address) ? place + 1 : Find(address);
+    return place < addresses.size() && addresses[place] == address;
   }
   // The number of distinct addresses.
   [[nodiscard]] size_t Size() const { return addresses.size(); }
 
  private:
+  // Whether all entries before `at` are smaller than the address, and none from there on.
+  [[nodiscard]] bool BelongsAt(size_t at, uint32_t address) const {
+    if (at > addresses.size() || (at > 0 && addresses[at - 1] >= address)) return false;
+    return at == addresses.size() || addresses[at] >= address;
+  }
+  [[nodiscard]] size_t Find(uint32_t address) const {
+    const auto found = std::lower_bound(addresses.begin(), addresses.end(), address);
+    return static_cast<size_t>(found - addresses.begin());
+  }
+
   std::vector<uint32_t> addresses;  // ascending
+  mutable size_t place = 0;         // of the address last asked for; one thread at a time
 };
 
 }  // namespace hollin

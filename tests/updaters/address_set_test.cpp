@@ -27,5 +27,31 @@ TEST(AddressSetTest, DuplicatesCountOnce) {
   EXPECT_TRUE(set.Contains(7));
 }
 
+// The set remembers where it looked last: the order of the questions must not show.
+TEST(AddressSetTest, QuestionsMayComeInAnyOrder) {
+  const AddressSet set({10, 20, 30, 40});
+  struct Question {
+    uint32_t address;
+    bool isIn;
+  };
+  const std::vector<Question> questions{{5, false},  {10, true},  {10, true},  {15, false},
+                                        {20, true},  {21, false}, {40, true},  {41, false},
+                                        {99, false}, {40, true},  {10, true},  {0, false},
+                                        {30, true},  {29, false}, {31, false}, {20, true},
+                                        {99, false}, {5, false},  {40, true},  {0xFFFFFFFF, false}};
+  for (const Question& question : questions) {
+    EXPECT_EQ(set.Contains(question.address), question.isIn) << question.address;
+  }
+}
+
+TEST(AddressSetTest, TheSmallestAndTheLargestAddressCanBeIn) {
+  const AddressSet set({0xFFFFFFFF, 0});
+  EXPECT_TRUE(set.Contains(0));
+  EXPECT_FALSE(set.Contains(1));
+  EXPECT_FALSE(set.Contains(0xFFFFFFFE));
+  EXPECT_TRUE(set.Contains(0xFFFFFFFF));
+  EXPECT_TRUE(set.Contains(0));
+}
+
 }  // namespace
 }  // namespace hollin

@@ -29,12 +29,13 @@ class C1PlaceTest : public C1ChipTest,
 // Two and a half sectors of an image around the second sector, which is reserved.
 TEST_P(C1PlaceTest, ThatChipAloneIsWritten) {
   const auto& [controller, select, lines] = GetParam();
-  const Bytes image = Counting(2 * kSector + 1001, 3);
+  const Bytes image = Counting(kSector, 1) + Counting(kSector, 2) + Counting(1001, 3);
   ASSERT_TRUE(Load("C1", Description(controller, select, lines), image));
   ASSERT_EQ(Update(), UpdateOutcome::kSucceeded);
   EXPECT_EQ(chip.Configured().lineMode, lines);
-  const Bytes written = Counting(kSector, 3) + Filled(kSector, kOld) + Counting(kSector + 1001, 3) +
-                        Filled(kSector - 1001, 0xFF) + Filled(4 * kSector, kOld);
+  const Bytes written = Counting(kSector, 1) + Filled(kSector, kOld) + Counting(kSector, 2) +
+                        Counting(1001, 3) + Filled(kSector - 1001, 0xFF) +
+                        Filled(4 * kSector, kOld);
   Bytes expected;
   for (uint32_t place = 0; place < 4; place++) {
     expected = expected + (place == controller * 2 + select ? written : Filled(0x8000, kOld));

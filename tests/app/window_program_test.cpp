@@ -11,6 +11,7 @@
 #include <optional>
 #include <sstream>
 
+#include "base/file.h"
 #include "package/package_writer.h"
 #include "tests/app/desktop.h"
 #include "tests/support/hex_bytes.h"
@@ -29,18 +30,26 @@ const std::array<std::string, 4> kTempFiles = {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN
 Bytes Image() { return Counting(kImageSize, 7); }
 Bytes FlashWithImage() { return Image() + Filled(kFlashSize - kImageSize, 0xFF); }
 
+Bytes PackageOf(std::vector<PackContents> packs) {
+  Bytes file;
+  EXPECT_EQ(
+      WritePackage(
+          {.productModel = "TS30", .firmwareVersion = "V1", .keys = {}, .packs = std::move(packs)},
+          file),
+      PackRefusal::kNone);
+  return file;
+}
+
 Bytes SamplePackage() {
   const std::string description =
       "[Chip Info]\nChip Size=1K\n[Transmission Info]\nData Length=256\n";
   const Bytes image = Image();
-  Bytes file;
-  const PackRefusal refusal = WritePackage(
-      {.productModel = "TS30",
-       .firmwareVersion = "V1",
-       .keys = {},
-       .packs = {{.dataType = "A1", .description = ViewOf(description), .image = image}}},
-      file);
-  EXPECT_EQ(refusal, PackRefusal::kNone);
+  return PackageOf({{.dataType = "A1", .description = ViewOf(description), .image = image}});
+}
+
+FileContents Example(const std::string& name) {
+  FileContents file;
+  EXPECT_TRUE(ReadWholeFile(HOLLIN_EXAMPLES_DIR "/" + name, file));
   return file;
 }
 
@@ -124,6 +133,32 @@ TEST_F(WindowProgramTest, UpdateWritesThePackageIntoTheKeyboard) {
   DismissAlert("Information");
   hollin->Signal(SIGTERM);
   ExpectQuit();
+}
+
+// The A2 chip's second sector is reserved, as are the first and the third of C1. Both held
+// something else before.
+TEST_F(WindowProgramTest, TwoPacksAreWrittenEachIntoItsFlash) {
+  constexpr size_t kChipSize = 0x100000;
+  constexpr size_t kSector = 0x10000;
+  for (const char* chip : {"a2", "c1"}) folder.Write(chip, Filled(kChipSize, 0x5A));
+  keyboard.emplace(bus, std::vector<std::string>{"--option", "a2.file=" + folder.Path("a2"),
+                                                 "--option", "c1.file=" + folder.Path("c1")});
+  const FileContents a2 = Example("a2-buffer.ini");
+  const FileContents c1 = Example("c1.ini");
+  const Bytes a2Image = Counting(kSector, 1) + Counting(kSector, 2) + Counting(1000, 3);
+  const Bytes c1Image = Counting(kSector, 4) + Counting(777, 5);
+  Start({kHollin, folder.Write("two.dat", PackageOf({{"A2", a2.View(), a2Image},
+                                                     {"C1", c1.View(), c1Image}}))});
+  ASSERT_TRUE(Eventually([this] { return !Recorded("enumerate").empty(); }));
+  PressUpdate();
+  ExpectAlert("Information");
+  EXPECT_TRUE(folder.Read("a2") == Counting(kSector, 1) + Filled(kSector, 0x5A) +
+                                       Counting(1000, 3) + Filled(kSector - 1000, 0xFF) +
+                                       Filled(kChipSize - 3 * kSector, 0x5A));
+  EXPECT_TRUE(folder.Read("c1") == Filled(kSector, 0x5A) + Counting(kSector, 4) +
+                                       Filled(kSector, 0x5A) + Counting(777, 5) +
+                                       Filled(kSector - 777, 0xFF) +
+                                       Filled(kChipSize - 4 * kSector, 0x5A));
 }
 
 TEST_F(WindowProgramTest, KeyboardThatRefusesIsAnErrorAndASecondRunHeals) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Files as this program wants them: regular files read whole, and files of our own in a folder that
-// everybody writes to. Paths are UTF-8 as the user gave them; nothing here throws, and a failed
-// allocation is a failed read.
+// Regular files, read whole. Paths are UTF-8 as the user gave them; nothing here throws, and a
+// failed allocation is a failed read.
 #pragma once
 
 #include <cstdint>
@@ -31,15 +30,5 @@ struct FileContents {
 // something else, or is larger than `maxSize`.
 [[nodiscard]] bool ReadWholeFile(const std::string& path, FileContents& contents,
                                  uint64_t maxSize = std::numeric_limits<int64_t>::max());
-
-// Creates or empties a file of our own and writes `bytes` into it. For folders such as /tmp, where
-// other users may have prepared the name: no link is followed, and an existing file is used only if
-// it is a regular file that the user owns under this one name; it is then set to mode 0600. False
-// when the file could not be made; whether all bytes found room is not checked.
-[[nodiscard]] bool WriteOwnFile(const std::string& path, ByteView bytes);
-
-// Removes a file, a link or an empty folder if the user owns it; never what lies inside or behind
-// it. Errors are ignored, as is an empty path.
-void RemoveOwnFile(const std::string& path);
 
 }  // namespace hollin

@@ -10,6 +10,7 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "package/own_file.h"
 #include "updaters/a1_update.h"
 #include "updaters/a2_update.h"
 #include "updaters/c1_update.h"

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Files of our own in a folder where others may have prepared the name.
+#include "package/own_file.h"
+
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -209,14 +209,16 @@ TEST_F(StandinTest, WithoutTheVariablePausesAreLoggedAndKept) {
 TEST_F(StandinTest, TheKeyboardIsToldOfSkippedTime) {
   const auto simulator = Simulator({"--option", "c1.erase-time=3000000"});
   const std::string status = "write:5105000000000000000300000000";
-  EXPECT_THAT(RunClient({"open", modeC1, "read", "write:5107000000000000000b000001001000", "read",
-                         "write:5105000000000000000200000000", "read", status, "read"})
-                  .back(),
-              "read 64: 03 00 00 00 00 00 00 00 00 00 00");
-  Lines commands = {"open", modeC1, "read", "write:5107000000000000000b000001001000", "read"};
+  Lines commands = {"open", modeC1,
+                    "read", "write:5107000000000000000b000001001000",
+                    "read", "write:5105000000000000000200000000",
+                    "read", status,
+                    "read"};
   commands.insert(commands.end(), 1500, "clock-pause");
   commands.insert(commands.end(), {status, "read"});
-  EXPECT_EQ(RunClient(commands).back(), "read 64: 03 00 00 00 00 ff ff 00 00 00 00");
+  const Lines lines = RunClient(commands);
+  EXPECT_EQ(lines[lines.size() - 3], "read 64: 03 00 00 00 00 00 00 00 00 00 00");
+  EXPECT_EQ(lines.back(), "read 64: 03 00 00 00 00 ff ff 00 00 00 00");
 }
 
 TEST_F(StandinTest, AKilledSimulatorEndsReadsAndLeavesANameThatIsIgnored) {

@@ -200,14 +200,22 @@ ByteView AXUpdate::ImageView() const { return {image.get(), static_cast<size_t>(
 
 bool AXUpdate::LoadImage() {
   FileContents file;
-  if (!ReadWholeFile(imagePath, file) || file.size == 0) return false;
+  if (!readFile(imagePath, file)) return Refuse(LoadRefusal::kUnreadable);
+  if (file.size == 0) return Refuse(LoadRefusal::kImageEmpty);
   image = std::move(file.bytes);
   imageLength = static_cast<int64_t>(file.size);
   return true;
 }
 
+bool AXUpdate::Refuse(LoadRefusal reason) {
+  refusal = reason;
+  return false;
+}
+
 bool AXUpdate::SetStepCount(uint64_t count) {
-  if (count > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return false;
+  if (count > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) {
+    return Refuse(LoadRefusal::kTooManySteps);
+  }
   stepCount = static_cast<uint32_t>(count);
   return true;
 }

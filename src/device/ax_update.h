@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -16,11 +17,15 @@
 
 #include "base/bytes.h"
 #include "base/file.h"
+#include "device/load_refusal.h"
 #include "device/update_observer.h"
 
 namespace hollin {
 
 class HidDevice;
+
+// Reads a whole file; false when that cannot be done.
+using FileReader = std::function<bool(const std::string& path, FileContents& contents)>;
 
 class AXUpdate {
  public:
@@ -83,7 +88,12 @@ class AXUpdate {
   HidDevice* link = nullptr;  // the process-wide link, never owned; null until the first Connect
   uint32_t mode = 0;          // the low byte selects the kind of flash in the mode command
   FileContents description;   // as it was read; empty where there was none
-  UpdateObserver* observer = nullptr;  // lent by the caller
+  UpdateObserver* observer = nullptr;        // lent by the caller
+  LoadRefusal refusal = LoadRefusal::kNone;  // why LoadFiles was false
+  // Where LoadFiles takes the two files from. The disk, unless the caller has them in memory.
+  FileReader readFile = [](const std::string& path, FileContents& contents) {
+    return ReadWholeFile(path, contents);
+  };
 
  protected:
   // Steps are told in these verbs. Replies are compared in full or in their first `compared` bytes,
@@ -104,6 +114,8 @@ class AXUpdate {
   [[nodiscard]] ByteView ImageView() const;
   // Reads the whole image file; false when it cannot be read or is empty.
   [[nodiscard]] bool LoadImage();
+  // Keeps why the files are refused and answers false.
+  bool Refuse(LoadRefusal reason);
   // Refuses what does not fit a signed 32-bit number, so that the sum over two packs cannot wrap
   // into "no steps".
   [[nodiscard]] bool SetStepCount(uint64_t count);

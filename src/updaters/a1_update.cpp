@@ -23,10 +23,10 @@ A1Update::A1Update(std::string configPath, std::string imagePath)
 bool A1Update::LoadFiles() {
   // Deliberate: a description that cannot be opened is no failure yet; the check of its values
   // decides.
-  if (ReadWholeFile(configPath, description)) {
-    const bool isRead = flash.Read(description.Text(), LogUnknown);
+  if (readFile(configPath, description)) {
+    const bool isRead = flash.Read(description.Text(), listener);
     mode = flash.mode;
-    if (!isRead) return false;
+    if (!isRead) return Refuse(LoadRefusal::kDescription);
   }
   if (!CheckConfig() || !LoadImage() || !PlanSteps()) return false;
   const auto length = static_cast<uint64_t>(imageLength);
@@ -37,16 +37,16 @@ bool A1Update::LoadFiles() {
 }
 
 bool A1Update::CheckConfig() {
-  if (flash.chipSize == 0) return false;
+  if (flash.chipSize == 0) return Refuse(LoadRefusal::kNoChipSize);
   if (flash.dataLength == 0) flash.dataLength = kDefaultDataLength;
-  return flash.dataLength % kMessageSize == 0;
+  return flash.dataLength % kMessageSize == 0 || Refuse(LoadRefusal::kDataLength);
 }
 
 bool A1Update::PlanSteps() {
-  if (imageLength == 0) return false;
+  if (imageLength == 0) return Refuse(LoadRefusal::kImageEmpty);
   // Deliberate: the start address counts twice, and one beyond half the chip wraps to a large room.
   const uint32_t room = flash.chipSize - 2 * flash.startAddress;
-  if (imageLength > room) return false;
+  if (imageLength > room) return Refuse(LoadRefusal::kImageTooLong);
   if (imageLength < flash.dataLength) flash.dataLength = static_cast<uint32_t>(imageLength);
   return true;
 }

@@ -23,9 +23,10 @@ class A1Update final : public AXUpdate {
   [[nodiscard]] bool VerifyImage() override;
 
   A1Description flash;
-  uint32_t blockLength = 0;   // bytes of the block being written
-  uint32_t writeAddress = 0;  // offset of the next block in the image
-  uint32_t sentTotal = 0;     // bytes announced in block headers so far
+  DescriptionListener listener = LogUnknown;  // told of each remark on the description
+  uint32_t blockLength = 0;                   // bytes of the block being written
+  uint32_t writeAddress = 0;                  // offset of the next block in the image
+  uint32_t sentTotal = 0;                     // bytes announced in block headers so far
 
  private:
   [[nodiscard]] ByteView Block(uint32_t index) const;

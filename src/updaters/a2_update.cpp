@@ -47,40 +47,53 @@ A2Update::A2Update(std::string configPath, std::string imagePath)
 }
 
 bool A2Update::LoadFiles() {
-  if (!ReadWholeFile(configPath, description)) return false;
-  const bool isRead = flash.Read(description.Text(), LogUnknown);
+  if (!readFile(configPath, description)) return Refuse(LoadRefusal::kUnreadable);
+  const bool isRead = flash.Read(description.Text(), listener);
   mode = flash.mode;
-  return isRead && CheckConfig() && LoadImage() && PlanSteps();
+  if (!isRead) return Refuse(LoadRefusal::kDescription);
+  return CheckConfig() && LoadImage() && PlanSteps();
 }
 
 // The cycles of both ways of programming are checked, whichever is used.
 bool A2Update::CheckConfig() {
-  if (flash.flashModel.empty()) return false;
-  if (flash.reservedSectors.empty()) return false;
+  if (flash.flashModel.empty()) return Refuse(LoadRefusal::kNoFlashModel);
+  if (flash.reservedSectors.empty()) return Refuse(LoadRefusal::kNoReservedSector);
   if (flash.blockSize == 0 || flash.blockSize > kLargestBlock || flash.blockSize % 2 != 0) {
-    return false;
+    return Refuse(LoadRefusal::kBlockSize);
   }
-  if (flash.maxWriteBack == 0 || flash.maxSectorEraseTime == 0) return false;
-  return HasCycles(flash.eraseCycleCount, flash.eraseAddrs, flash.eraseData) &&
-         HasCycles(flash.programCycleCount, flash.programAddrs, flash.programData) &&
-         HasCycles(flash.writeBufferCycleCount, flash.writeBufferAddrs, flash.writeBufferData) &&
-         HasCycles(flash.programBufferCycleCount, flash.programBufferAddrs,
-                   flash.programBufferData) &&
-         !flash.sectorAddrs.empty();
+  if (flash.maxWriteBack == 0) return Refuse(LoadRefusal::kNoWriteBackTime);
+  if (flash.maxSectorEraseTime == 0) return Refuse(LoadRefusal::kNoEraseTime);
+  if (!HasCycles(flash.eraseCycleCount, flash.eraseAddrs, flash.eraseData)) {
+    return Refuse(LoadRefusal::kEraseCycles);
+  }
+  if (!HasCycles(flash.programCycleCount, flash.programAddrs, flash.programData)) {
+    return Refuse(LoadRefusal::kProgramCycles);
+  }
+  if (!HasCycles(flash.writeBufferCycleCount, flash.writeBufferAddrs, flash.writeBufferData)) {
+    return Refuse(LoadRefusal::kWriteBufferCycles);
+  }
+  if (!HasCycles(flash.programBufferCycleCount, flash.programBufferAddrs,
+                 flash.programBufferData)) {
+    return Refuse(LoadRefusal::kProgramBufferCycles);
+  }
+  return !flash.sectorAddrs.empty() || Refuse(LoadRefusal::kNoSectors);
 }
 
 bool A2Update::PlanSteps() {
   checksum = static_cast<uint16_t>(ImageWordSum());
   // Deliberate: the length is doubled and the offset, which counts words, is not.
-  if (imageLength * 2 < int64_t{flash.fileOffset}) return false;
+  if (imageLength * 2 < int64_t{flash.fileOffset}) return Refuse(LoadRefusal::kFileOffset);
   imageStart = flash.fileOffset * kWordSize;
   bytesToWrite = static_cast<uint32_t>(imageLength) - imageStart;
   plannedSectors = 0;
   const std::vector<uint32_t>& sectors = flash.sectorAddrs;
   const auto count = static_cast<uint32_t>(sectors.size());
-  if (count < 2) return false;  // the only sector has no neighbour to tell its size
+  if (count < 2)
+    return Refuse(LoadRefusal::kOneSector);  // the only sector has no neighbour to tell its size
   const uint32_t capacity = (sectors.back() - sectors.front()) * kWordSize + SectorSize(count - 1);
-  if (static_cast<int32_t>(capacity) < static_cast<int32_t>(bytesToWrite)) return false;
+  if (static_cast<int32_t>(capacity) < static_cast<int32_t>(bytesToWrite)) {
+    return Refuse(LoadRefusal::kImageTooLong);
+  }
   const auto end = std::find_if(sectors.begin() + 1, sectors.end(), [&](uint32_t address) {
     return (address - sectors.front()) * kWordSize >= bytesToWrite;
   });

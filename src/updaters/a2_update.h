@@ -27,7 +27,14 @@ class A2Update final : public AXUpdate {
   // Seconds to send the data of a block of this sector; `bytesDone` is at its start.
   [[nodiscard]] double DataTimeOut(uint32_t sector) const;
 
+  // Of a loaded updater. The last sector of the list is as large as the one before it.
+  [[nodiscard]] uint32_t SectorSize(uint32_t sector) const;  // bytes
+  [[nodiscard]] bool IsReserved(uint32_t sector) const;
+  // Whether sectors ascend and all planned ones lie in the image; where not, no step writes.
+  [[nodiscard]] bool IsPlanInsideImage() const { return isPlanInsideImage; }
+
   A2Description flash;
+  DescriptionListener listener = LogUnknown;  // told of each remark on the description
   uint32_t plannedSectors = 0;  // sectors, from the first of the list, that the image reaches
   uint32_t imageStart = 0;      // where the image proper begins in the image buffer
   uint32_t bytesToWrite = 0;    // of the image proper
@@ -35,11 +42,9 @@ class A2Update final : public AXUpdate {
   uint32_t bytesDone = 0;       // sum of the sizes of the sectors handled so far
 
  private:
-  [[nodiscard]] uint32_t SectorSize(uint32_t sector) const;
   [[nodiscard]] uint64_t WholeSectorSize(uint32_t sector) const;
   [[nodiscard]] uint32_t BytesOfSector(uint32_t sector) const;
   [[nodiscard]] uint32_t WordsOfSector(uint32_t sector) const;
-  [[nodiscard]] bool IsReserved(uint32_t sector) const;
   [[nodiscard]] bool PlanLiesInImage() const;
   [[nodiscard]] bool HasBytesLeft(uint32_t count) const;
   void SkipSector(uint32_t sector);
@@ -55,8 +60,8 @@ class A2Update final : public AXUpdate {
   [[nodiscard]] bool SendBlocks(uint32_t sector);
   [[nodiscard]] bool SendBlock(uint32_t address, uint32_t words, double dataTimeOut);
 
-  AddressSet reserved;             // of the description, for look-ups
-  bool isPlanInsideImage = false;  // whether sectors ascend and all planned ones lie in the image
+  AddressSet reserved;  // of the description, for look-ups
+  bool isPlanInsideImage = false;
 };
 
 }  // namespace hollin

@@ -44,20 +44,23 @@ void C1Update::Reset() {
 }
 
 bool C1Update::LoadFiles() {
-  return ReadWholeFile(configPath, description) && flash.Read(description.Text(), LogUnknown) &&
-         CheckConfig() && LoadImage() && PlanSteps();
+  if (!readFile(configPath, description)) return Refuse(LoadRefusal::kUnreadable);
+  if (!flash.Read(description.Text(), listener)) return Refuse(LoadRefusal::kDescription);
+  return CheckConfig() && LoadImage() && PlanSteps();
 }
 
 bool C1Update::CheckConfig() {
   // Deliberate: a flash without a reserved sector is refused; each keeps one out of the updater's
   // reach.
-  if (flash.reservedSectors.empty()) return false;
+  if (flash.reservedSectors.empty()) return Refuse(LoadRefusal::kNoReservedSector);
   const bool isLineMode = flash.lineMode <= 4 && (kLineModes >> flash.lineMode & 1) != 0;
-  return isLineMode && flash.spiNumber <= 1 && flash.chipSelectNumber < 2;
+  if (!isLineMode) return Refuse(LoadRefusal::kLineMode);
+  if (flash.spiNumber > 1) return Refuse(LoadRefusal::kSpiNumber);
+  return flash.chipSelectNumber < 2 || Refuse(LoadRefusal::kChipSelect);
 }
 
 bool C1Update::PlanSteps() {
-  if (flash.sectorSize == 0) return false;
+  if (flash.sectorSize == 0) return Refuse(LoadRefusal::kNoSectorSize);
   checksum = static_cast<uint16_t>(ImageWordSum());
   const auto length = static_cast<uint64_t>(imageLength);
   const uint64_t sectors = length / flash.sectorSize + (length % flash.sectorSize != 0 ? 1 : 0);

@@ -45,12 +45,13 @@ class C1Update final : public AXUpdate {
   [[nodiscard]] double DataTimeOut(uint32_t index) const;
 
   C1Description flash;
-  uint32_t dataSectorCount = 0;  // sectors that the image fills
-  uint32_t dataStart = 0;        // offset of the first byte to write in the image: always 0
-  uint32_t dataLength = 0;       // bytes to write
-  uint32_t readPosition = 0;     // bytes sent, or verified, so far
-  uint32_t bytesDone = 0;        // a sector size for each finished data sector
-  int32_t flashCapacity = 0;     // bytes, as the keyboard reported it
+  DescriptionListener listener = LogUnknown;  // told of each remark on the description
+  uint32_t dataSectorCount = 0;               // sectors that the image fills
+  uint32_t dataStart = 0;     // offset of the first byte to write in the image: always 0
+  uint32_t dataLength = 0;    // bytes to write
+  uint32_t readPosition = 0;  // bytes sent, or verified, so far
+  uint32_t bytesDone = 0;     // a sector size for each finished data sector
+  int32_t flashCapacity = 0;  // bytes, as the keyboard reported it
 
  private:
   // A place in the walk over the sectors that are not reserved.

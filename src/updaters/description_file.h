@@ -23,12 +23,30 @@ enum class DescriptionRemark {
                      // section)
   kNoEqualsSign,     // a line without "=" where one is needed: fails
   kBadNumber,        // a value that is no number: fails (`text` is the value)
+  kHeader,           // a section began (`text` is its name)
+  kHeaderTail,       // something follows the "]" of a header: ignored (`text` is that)
+  kSetting,          // a number was taken for a setting (`text` is the value)
+  kEntry,            // a number was taken for a list (`text` is the value)
+  kText,             // a text was taken for a setting (`text` is the value)
+  kLongLine,         // a line is longer than a piece: its rest is read as a line of its own
+  kNotUtf8,          // a piece is not UTF-8: ignored
+  kNul,              // a NUL byte hides the rest of its piece (`text` is the rest)
 };
+
+// Whether a remark is the end of the reading.
+[[nodiscard]] bool IsFatal(DescriptionRemark remark);
 
 struct DescriptionNote {
   DescriptionRemark remark = DescriptionRemark::kUnknownSection;
-  size_t line = 0;        // physical line of the file, from 1
-  std::string_view text;  // valid during the call only
+  size_t line = 0;              // physical line of the file, from 1
+  std::string_view text{};      // valid during the call only, like the next
+  std::string_view lineText{};  // the trimmed line
+  std::string_view before{};    // what stands in the physical line before `text`, where that is in
+                                // it, or before the trimmed line
+  const void* field = nullptr;  // what a value was taken for: the same for the same setting or list
+
+  // Of `text` or the trimmed line, in characters from 1. Takes time with the length of the line.
+  [[nodiscard]] size_t Column() const;
 };
 
 using DescriptionListener = std::function<void(const DescriptionNote&)>;
@@ -36,12 +54,13 @@ using DescriptionListener = std::function<void(const DescriptionNote&)>;
 // The listener of an update: writes "Unknown:%@" to the system log for each unknown section or key.
 void LogUnknown(const DescriptionNote& note);
 
-// What a way of reading says of one trimmed line: nothing when it was taken.
-struct LineProblem {
+// What a way of reading says of one trimmed line, if anything.
+struct LineRemark {
   DescriptionRemark remark;
   std::string_view text;
+  const void* field = nullptr;
 };
-using LineReader = std::function<std::optional<LineProblem>(std::string_view line)>;
+using LineReader = std::function<std::optional<LineRemark>(std::string_view line)>;
 
 // Ways of reading. Each keeps references to the fields it fills, and the last of several lines for
 // a field wins.

@@ -43,6 +43,8 @@ Desktop::~Desktop() {
   server.Wait();
 }
 
+void Desktop::Vanish() const { server.Signal(SIGTERM); }
+
 std::string Desktop::Xdotool(const std::vector<std::string>& arguments) const {
   Subprocess::Setup setup = {.command = {"/usr/bin/xdotool"}, .environment = {Environment()}};
   setup.command.insert(setup.command.end(), arguments.begin(), arguments.end());

@@ -31,6 +31,8 @@ class Desktop {
   void Press(const std::string& title, const std::string& key) const;
   // What a window manager does when the user closes a window.
   void Close(const std::string& title) const;
+  // Ends like a server that crashes, or a session that is over.
+  void Vanish() const;
 
  private:
   [[nodiscard]] std::string WindowNamed(const std::string& title) const;

@@ -101,6 +101,8 @@ class WindowProgramTest : public ::testing::Test {
     EXPECT_EQ(hollin->Wait(), 0);
     EXPECT_FALSE(TempFilesExist());
   }
+  [[nodiscard]] std::string DataFolder() const { return folder.Path("data/com.tovari.Hollin"); }
+  [[nodiscard]] std::string StoreFile() const { return DataFolder() + "/Hollin.storedata"; }
   // What the program did with hidapi, and its pauses: the lines that begin with that word.
   [[nodiscard]] std::vector<std::string> Recorded(const std::string& word) const {
     std::vector<std::string> lines;
@@ -229,6 +231,75 @@ TEST_F(WindowProgramTest, ConfigurationBesideTheBundleGivesCaptionAndIds) {
   StartWithPackage(folder.Path("Hollin.app/hollin"));
   PressUpdate();
   ExpectAlert("Information");
+}
+
+TEST_F(WindowProgramTest, SavingMakesTheStoreAndStartingDoesNot) {
+  StartWithPackage();
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("data")));
+  desktop.Press(caption, "ctrl+s");
+  EXPECT_TRUE(Eventually([this] { return std::filesystem::exists(StoreFile()); }));
+  desktop.Press(caption, "ctrl+q");
+  ExpectQuit();
+}
+
+TEST_F(WindowProgramTest, UndoMakesTheDataFolderAndNothingElse) {
+  Start({kHollin});
+  desktop.Press(caption, "ctrl+z");
+  EXPECT_TRUE(Eventually([this] { return std::filesystem::exists(DataFolder()); }));
+  desktop.Press(caption, "ctrl+q");
+  ExpectQuit();
+  EXPECT_FALSE(std::filesystem::exists(StoreFile()));
+}
+
+TEST_F(WindowProgramTest, FileInTheDataFoldersPlaceIsPresentedAndQuittingAsksNothing) {
+  std::filesystem::create_directory(folder.Path("data"));
+  folder.Write("data/com.tovari.Hollin", "");
+  StartWithPackage();
+  desktop.Press(caption, "ctrl+s");
+  const std::string first = "Expected a folder to store application data, found a file .*";
+  ExpectAlert(first);
+  DismissAlert(first);
+  ExpectAlert("Failed to initialize the store");
+  DismissAlert("Failed to initialize the store");
+  EXPECT_TRUE(desktop.Shows(caption));
+  desktop.Press(caption, "ctrl+q");
+  ExpectQuit();
+}
+
+TEST_F(WindowProgramTest, QuittingInAnAlertOfTheStoreIsClean) {
+  std::filesystem::create_directory(folder.Path("data"));
+  folder.Write("data/com.tovari.Hollin", "");
+  StartWithPackage();
+  desktop.Press(caption, "ctrl+s");
+  ExpectAlert("Expected a folder to store application data, found a file .*");
+  hollin->Signal(SIGTERM);
+  ExpectQuit();
+}
+
+TEST_F(WindowProgramTest, DisplayThatGoesTakesTheTemporaryFilesAlong) {
+  StartWithPackage();
+  EXPECT_TRUE(TempFilesExist());
+  desktop.Vanish();
+  EXPECT_EQ(hollin->Wait(), 1);
+  EXPECT_FALSE(TempFilesExist());
+}
+
+TEST_F(WindowProgramTest, DisplayThatGoesDuringAnUpdateEndsItWithoutACrash) {
+  StartEndlessUpdate();
+  desktop.Vanish();
+  EXPECT_EQ(hollin->Wait(), 1);
+  EXPECT_FALSE(TempFilesExist());
+}
+
+TEST_F(WindowProgramTest, KilledProgramDoesNotKeepTheNextOneOut) {
+  StartWithPackage();
+  hollin->Signal(SIGKILL);
+  EXPECT_EQ(hollin->Wait(), -SIGKILL);
+  EXPECT_TRUE(TempFilesExist());
+  Start({kHollin, folder.Path("sample.dat")});
+  EXPECT_TRUE(Eventually([this] { return Recorded("enumerate").size() == 2; }));
+  hollin->Signal(SIGTERM);
+  ExpectQuit();
 }
 
 TEST_P(WindowProgramSignalTest, SignalQuitsTheIdleProgram) {

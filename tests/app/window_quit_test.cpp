@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include "app/app_delegate.h"
+#include "app/quit_signals.h"
 #include "tests/app/window_test.h"
 
 namespace hollin {
@@ -97,6 +98,24 @@ TEST_F(WindowQuitTest, TerminateEndsTheEventLoopOfAnAlertToo) {
   });
   EXPECT_TRUE(EventLoopEnds());
   EXPECT_TRUE(isAlertOver);
+}
+
+TEST_F(WindowQuitTest, RequestOfTheDesktopIsAskedAboutAndClosesNoWindow) {
+  window->show();
+  const QSignalSpy closings(window.get(), &MainWindow::CloseRequested);
+  int requests = 0;
+  CallOnQuitEvent([&] {
+    requests++;
+    if (requests == 2) delegate.Terminate();
+  });
+  InEventLoop([this] {
+    QCoreApplication::quit();
+    InEventLoop([] { QCoreApplication::quit(); });
+  });
+  EXPECT_TRUE(EventLoopEnds());
+  EXPECT_EQ(requests, 2);
+  EXPECT_EQ(closings.count(), 0);
+  EXPECT_TRUE(window->isVisible());
 }
 
 TEST_F(WindowQuitTest, ClosingWhileUpdatingOnlyHides) {

@@ -6,7 +6,7 @@ from flashes import A1
 from keyboard import Keyboard
 from programs import COMPLETED, CONNECTED, ProgramTest, make_package, temporary_files
 from storm import Storm
-from window import Window
+from window import Window, end_shared_window
 
 
 class WindowInterruptionTest(ProgramTest):
@@ -24,6 +24,7 @@ class WindowInterruptionTest(ProgramTest):
         self.assert_written(keyboard, flash)
 
     def test_killed_then_asked_to_quit_then_in_a_storm_of_signals(self):
+        end_shared_window()
         flash = A1()
         package = make_package(flash)
         with Keyboard(flashes=[flash]) as keyboard:

@@ -3,7 +3,7 @@
 from keyboard import Keyboard
 from moments import END, MOMENTS, short_flash
 from programs import COMPLETED, CONNECTED, UPDATE_ERROR, ProgramTest, make_package
-from window import Window
+from window import shared_window
 
 
 class WindowRemovalTest(ProgramTest):
@@ -11,7 +11,8 @@ class WindowRemovalTest(ProgramTest):
 
     def test_removal_at_every_moment_and_a_second_run(self):
         flash = short_flash()
-        with Window(make_package(flash)) as window:
+        with shared_window() as window:
+            window.open(make_package(flash))
             for name, fault in [*MOMENTS.items(), ("end", END)]:
                 with self.subTest(name), Keyboard(flashes=[flash], faults=[fault]) as keyboard:
                     self.check(window, keyboard, flash, COMPLETED if name == "end" else UPDATE_ERROR)

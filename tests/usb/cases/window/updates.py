@@ -3,38 +3,17 @@
 from flashes import A1, A2, C1
 from keyboard import Keyboard
 from programs import COMPLETED, CONNECTED, MORE_THAN_ONE, NOT_CONNECTED, ProgramTest, make_package
-from window import Window
+from window import shared_window
 
 
 class WindowUpdateTest(ProgramTest):
-    """One window opens and writes package after package; after a case that failed there is a new one."""
-
-    shared = None
-
-    def setUp(self):
-        self.window = WindowUpdateTest.shared or Window()
-        WindowUpdateTest.shared = None
-        self.is_sound = False
-
-    def tearDown(self):
-        if self.is_sound:
-            WindowUpdateTest.shared = self.window
-        else:
-            self.window.end()
-
-    @classmethod
-    def tearDownClass(cls):
-        if cls.shared:
-            cls.shared.end()
-
     def check(self, *flashes):
         package = make_package(*flashes)
-        with Keyboard(flashes=flashes) as keyboard:
-            self.window.open(package)
-            self.window.wait_for_status(CONNECTED)
-            self.assertIn(COMPLETED, self.window.update())
+        with shared_window() as window, Keyboard(flashes=flashes) as keyboard:
+            window.open(package)
+            window.wait_for_status(CONNECTED)
+            self.assertIn(COMPLETED, window.update())
             self.assert_written(keyboard, *flashes)
-        self.is_sound = True
 
     def test_a1(self):
         self.check(A1())
@@ -53,21 +32,20 @@ class WindowUpdateTest(ProgramTest):
 
     def test_refresh_finds_what_is_there(self):
         flash = C1(length=100)
-        self.window.open(make_package(flash))
-        self.window.wait_for_status(NOT_CONNECTED)
-        with Keyboard(flashes=[flash]):
-            self.window.press("Refresh")
-            self.window.wait_for_status(CONNECTED)
+        with shared_window() as window:
+            window.open(make_package(flash))
+            window.wait_for_status(NOT_CONNECTED)
             with Keyboard(flashes=[flash]):
-                self.window.press("Refresh")
-                self.window.wait_for_status(MORE_THAN_ONE)
-                self.assertFalse(self.window.is_enabled("Update"))
-        self.is_sound = True
+                window.press("Refresh")
+                window.wait_for_status(CONNECTED)
+                with Keyboard(flashes=[flash]):
+                    window.press("Refresh")
+                    window.wait_for_status(MORE_THAN_ONE)
+                    self.assertFalse(window.is_enabled("Update"))
 
     def test_a_keyboard_that_hidapi_lists_twice_counts_as_two(self):
         flash = C1(length=100)
-        with Keyboard(flashes=[flash], descriptor="collections"):
-            self.window.open(make_package(flash))
-            self.window.wait_for_status(MORE_THAN_ONE)
-            self.assertFalse(self.window.is_enabled("Update"))
-        self.is_sound = True
+        with shared_window() as window, Keyboard(flashes=[flash], descriptor="collections"):
+            window.open(make_package(flash))
+            window.wait_for_status(MORE_THAN_ONE)
+            self.assertFalse(window.is_enabled("Update"))

@@ -4,16 +4,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 #include <string_view>
 #include <utility>
 
 #include "base/file.h"
 #include "base/text.h"
 #include "package/own_file.h"
-#include "updaters/a1_update.h"
-#include "updaters/a2_update.h"
-#include "updaters/c1_update.h"
+#include "package/updater_loader.h"
 
 namespace hollin {
 namespace {
@@ -47,8 +44,6 @@ bool Succeeds(const Operation& operation) {
   }
 }
 
-bool IsSame(ByteView a, ByteView b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
-
 }  // namespace
 
 bool DatFileExamine::OpenDatFile(const std::string& path) {
@@ -76,29 +71,22 @@ bool DatFileExamine::ExamineDatFile() {
 }
 
 bool DatFileExamine::Examine() {
-  if (!ReadHeaders()) return false;
+  PackageHeaders headers;
+  if (!ReadHeaders(headers)) return false;
   ReadTexts();
   SetTempPaths();
   if (!WriteTempFiles()) return false;
+  const LoadSetup setup{.packs = {{{cnfgPath1, dataPath1}, {cnfgPath2, dataPath2}}},
+                        .observer = observer};
+  Updaters updaters;
   // Kept only when everything succeeded: half a package must never be run.
-  auto first = MakeUpdater(dataType1, cnfgPath1, dataPath1);
-  if (!first || !first->LoadFiles()) return false;
-  if (!HoldsPackage(*first, cnfgAddr1, cnfgLength1, dataAddr1, dataLength1)) return false;
-  std::unique_ptr<AXUpdate> second;
-  if (HasTwoPacks()) {
-    second = MakeUpdater(dataType2, cnfgPath2, dataPath2);
-    if (!second || !second->LoadFiles()) return false;
-    if (!HoldsPackage(*second, cnfgAddr2, cnfgLength2, dataAddr2, dataLength2)) return false;
-  }
-  const uint64_t steps = uint64_t{first->StepCount()} + (second ? second->StepCount() : 0);
-  if (steps > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return false;
-  Update1 = std::move(first);
-  Update2 = std::move(second);
+  if (!LoadUpdaters(File(), headers, setup, updaters).IsGood()) return false;
+  Update1 = std::move(updaters[0]);
+  Update2 = std::move(updaters[1]);
   return true;
 }
 
-bool DatFileExamine::ReadHeaders() {
-  PackageHeaders headers;
+bool DatFileExamine::ReadHeaders(PackageHeaders& headers) {
   const PackageVerdict verdict = CheckPackage(File(), headers);
   countDataPack = headers.packCount;
   const PackHeader& first = headers.packs[0];
@@ -144,36 +132,6 @@ bool DatFileExamine::WriteTempFile(const std::string& path, uint32_t offset,
                                    uint32_t length) const {
   if (!LiesInside(File(), offset, length)) return false;
   return WriteOwnFile(path, RegionBytes(File(), offset, length));
-}
-
-std::unique_ptr<AXUpdate> DatFileExamine::MakeUpdater(uint32_t dataType,
-                                                      const std::string& cnfgPath,
-                                                      const std::string& dataPath) const {
-  std::unique_ptr<AXUpdate> updater;
-  switch (static_cast<uint16_t>(dataType)) {
-    case kTypeA1:
-      updater = std::make_unique<A1Update>(cnfgPath, dataPath);
-      break;
-    case kTypeA2:
-      updater = std::make_unique<A2Update>(cnfgPath, dataPath);
-      break;
-    case kTypeC1:
-      updater = std::make_unique<C1Update>(cnfgPath, dataPath);
-      break;
-    default:
-      return nullptr;
-  }
-  updater->observer = observer;
-  return updater;
-}
-
-// The temporary files went through a folder that others write to and through a disk that may be
-// full: what will be written to the keyboard must be what was checked.
-bool DatFileExamine::HoldsPackage(const AXUpdate& updater, uint32_t cnfgAddr, uint32_t cnfgLength,
-                                  uint32_t dataAddr, uint32_t dataLength) const {
-  const ByteView image{updater.image.get(), static_cast<size_t>(updater.imageLength)};
-  return IsSame(updater.description.View(), RegionBytes(File(), cnfgAddr, cnfgLength)) &&
-         IsSame(image, RegionBytes(File(), dataAddr, dataLength));
 }
 
 uint32_t DatFileExamine::PackByteSum(const uint8_t* bytes, int32_t length) {

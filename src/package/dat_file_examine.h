@@ -80,15 +80,10 @@ class DatFileExamine {
 
  private:
   [[nodiscard]] bool Examine();
-  [[nodiscard]] bool ReadHeaders();
+  [[nodiscard]] bool ReadHeaders(PackageHeaders& headers);
   void ReadTexts();
   void SetTempPaths();
   [[nodiscard]] bool WriteTempFiles() const;
-  [[nodiscard]] std::unique_ptr<AXUpdate> MakeUpdater(uint32_t dataType,
-                                                      const std::string& cnfgPath,
-                                                      const std::string& dataPath) const;
-  [[nodiscard]] bool HoldsPackage(const AXUpdate& updater, uint32_t cnfgAddr, uint32_t cnfgLength,
-                                  uint32_t dataAddr, uint32_t dataLength) const;
   [[nodiscard]] bool IsRunnable() const;
   [[nodiscard]] bool HasTwoPacks() const { return countDataPack == 2; }
   [[nodiscard]] ByteView File() const { return {datBuffer.get(), static_cast<size_t>(fileLength)}; }

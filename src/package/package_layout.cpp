@@ -39,7 +39,9 @@ PackageVerdict CheckPackHeader(ByteView file, size_t pack, PackHeader& header) {
 PackageVerdict CheckRegion(ByteView file, PackageDefect defect, size_t pack,
                            const PackageRegion& region) {
   if (!LiesInside(file, region.address, region.length)) {
-    return {.defect = PackageDefect::kRegionOutside, .pack = pack};
+    return {.defect = PackageDefect::kRegionOutside,
+            .pack = pack,
+            .isImage = defect == PackageDefect::kDataSum};
   }
   return CheckSum(defect, pack, region.sum, RegionBytes(file, region.address, region.length));
 }

@@ -74,6 +74,7 @@ enum class PackageDefect {
 struct PackageVerdict {
   PackageDefect defect = PackageDefect::kNone;
   size_t pack = 0;        // the pack concerned, 0 or 1
+  bool isImage = false;   // the region concerned: the image, else the description
   uint32_t stored = 0;    // the sum in the file, where a sum is wrong
   uint32_t computed = 0;  // the sum of the bytes
 

@@ -33,11 +33,26 @@ CLI::Option* AddRepeated(CLI::App& app, const std::string& name, const std::stri
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+void AddJson(CLI::App& command, bool& json, const std::string& help) {
+  command.add_flag("--json", json, help);
+}
+
+void AddPackage(CLI::App& command, std::string& package) {
+  command.add_option("PACKAGE", package, "The update package (.dat)")->required()->type_name("");
+}
+
 void AddUpdate(CLI::App& app, UpdateArguments& update) {
   CLI::App* const command = app.add_subcommand("update", "Write a package into the keyboard");
-  command->add_option("PACKAGE", update.package, "The update package (.dat)")
-      ->required()
-      ->type_name("");
+  AddPackage(*command, update.package);
+  AddJson(*command, update.json, "Tell the progress as JSON, one object a line");
+}
+
+void AddInspect(CLI::App& app, InspectArguments& inspect) {
+  CLI::App* const command = app.add_subcommand(
+      "inspect", "Show what is inside a package, why it is refused, and what may surprise in it");
+  AddPackage(*command, inspect.package);
+  AddJson(*command, inspect.json, "Write JSON");
+  command->add_flag("--strict", inspect.strict, "Findings are an error (exit code 3)");
 }
 
 CLI::callback_t TakeKeys(std::vector<std::string>& keys) {
@@ -73,16 +88,37 @@ void AddPack(CLI::App& app, PackArguments& pack) {
   command->add_option("-o,--output", pack.output, "The package to write (.dat)")
       ->required()
       ->type_name("FILE");
+  AddJson(*command, pack.json, "Write JSON");
+  command->add_flag("--strict", pack.strict,
+                    "Findings are an error (exit code 3), and no file is written");
 }
 
-NothingToRun Explain(const CLI::App& app, const CLI::Error& error) {
+void AddDevices(CLI::App& app, DevicesArguments& devices) {
+  CLI::App* const command = app.add_subcommand("devices", "List the keyboards that are attached");
+  AddJson(*command, devices.json, "Write JSON");
+}
+
+void AddDoctor(CLI::App& app, DoctorArguments& doctor) {
+  CLI::App* const command =
+      app.add_subcommand("doctor", "Look for what keeps an update from working, and tell the cure");
+  AddJson(*command, doctor.json, "Write JSON");
+}
+
+constexpr const char* kFooter =
+    "Exit codes: 0 done, 1 a step failed (or doctor found something), 2 usage, 3 package "
+    "unreadable "
+    "or invalid (or findings with --strict), 4 no keyboard or more than one, 5 another Hollin is "
+    "at "
+    "work, 130 interrupted.";
+
+NothingToRun Explain(const CLI::App& app, const CLI::Error& error, bool json) {
   if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
-    return {.exitCode = ExitCode::kUsage, .text = error.what()};
+    return {.exitCode = ExitCode::kUsage, .json = json, .text = error.what()};
   }
   std::ostringstream text;
   std::ostringstream unused;
   app.exit(error, text, unused);
-  return {.exitCode = ExitCode::kDone, .text = text.str()};
+  return {.exitCode = ExitCode::kDone, .json = json, .text = text.str()};
 }
 
 }  // namespace
@@ -91,17 +127,29 @@ Arguments ParseArguments(std::vector<std::string> arguments) {
   CLI::App app("Firmware updater for the TS30 keyboard", "hollin-cli");
   app.set_version_flag("--version", "hollin-cli " HOLLIN_VERSION);
   app.require_subcommand(1);
+  app.footer(kFooter);
   UpdateArguments update;
+  InspectArguments inspect;
   PackArguments pack;
+  DevicesArguments devices;
+  DoctorArguments doctor;
   AddUpdate(app, update);
+  AddInspect(app, inspect);
   AddPack(app, pack);
+  AddDevices(app, devices);
+  AddDoctor(app, doctor);
+  // Whoever wants JSON wants it too where the arguments cannot be understood.
+  const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   std::reverse(arguments.begin(), arguments.end());  // the library takes them from the end
   try {
     app.parse(std::move(arguments));
   } catch (const CLI::Error& error) {
-    return Explain(app, error);
+    return Explain(app, error, json);
   }
   if (app.got_subcommand("update")) return update;
+  if (app.got_subcommand("inspect")) return inspect;
+  if (app.got_subcommand("devices")) return devices;
+  if (app.got_subcommand("doctor")) return doctor;
   return pack;
 }
 

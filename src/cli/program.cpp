@@ -3,6 +3,8 @@
 
 #include "app/device_settings.h"
 #include "cli/arguments.h"
+#include "cli/inspect_command.h"
+#include "cli/json.h"
 #include "cli/pack_command.h"
 #include "cli/text_display.h"
 #include "cli/update_command.h"
@@ -11,7 +13,17 @@
 namespace hollin {
 namespace {
 
+ExitCode RunForJson(const NothingToRun& nothing, const Console& console) {
+  if (nothing.exitCode == ExitCode::kDone) {
+    PrintJson(console.out, {{"text", nothing.text}});
+  } else {
+    PrintJson(console.out, ErrorJson(nothing.exitCode, "usage", nothing.text));
+  }
+  return nothing.exitCode;
+}
+
 ExitCode Run(const NothingToRun& nothing, const Console& console) {
+  if (nothing.json) return RunForJson(nothing, console);
   if (nothing.exitCode == ExitCode::kDone) {
     console.out << nothing.text << std::flush;
   } else {
@@ -21,12 +33,24 @@ ExitCode Run(const NothingToRun& nothing, const Console& console) {
   return nothing.exitCode;
 }
 
+ExitCode Run(const InspectArguments& arguments, const Console& console) {
+  return RunInspectCommand(arguments, console);
+}
+
 ExitCode Run(const UpdateArguments& arguments, const Console& console) {
   const DeviceSettings settings = ReadDeviceSettings();
   HidDevice::vendorId = settings.vendorId;
   HidDevice::productId = settings.productId;
   TextDisplay display(console);
   return RunUpdateCommand(arguments, display);
+}
+
+ExitCode Run(const DevicesArguments& /*arguments*/, const Console& /*console*/) {
+  return ExitCode::kUsage;
+}
+
+ExitCode Run(const DoctorArguments& /*arguments*/, const Console& /*console*/) {
+  return ExitCode::kUsage;
 }
 
 ExitCode Run(const PackArguments& arguments, const Console& console) {

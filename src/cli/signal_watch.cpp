@@ -8,7 +8,9 @@
 namespace hollin {
 namespace {
 
-constexpr std::array<int, 3> kWatched = {SIGINT, SIGTERM, SIGHUP};
+// Every signal that ends a program and comes from outside.
+constexpr std::array<int, 12> kWatched = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,   SIGALRM, SIGVTALRM,
+                                          SIGPROF, SIGUSR2, SIGPOLL, SIGSTKFLT, SIGPWR,  SIGXCPU};
 constexpr int kWakeUp = SIGUSR1;  // sent to the watching thread when its work is done
 
 bool IsIgnored(int signal) {
@@ -23,6 +25,7 @@ sigset_t WatchedSignals() {
   for (const int signal : kWatched) {
     if (!IsIgnored(signal)) sigaddset(&set, signal);
   }
+  for (int signal = SIGRTMIN; signal <= SIGRTMAX; signal++) sigaddset(&set, signal);
   return set;
 }
 

@@ -74,6 +74,15 @@ TEST_F(SignalWatchTest, ASignalThatAsksToEndLeavesAtOnce) {
   EXPECT_THAT(Send(SIGHUP), ElementsAre("leave", "leave"));
 }
 
+TEST_F(SignalWatchTest, EverySignalThatWouldEndTheProgramLeaves) {
+  HoldBackSignals();
+  const SignalWatch watch(Actions());
+  for (const int signal : {SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGVTALRM, SIGPROF, SIGUSR2, SIGPOLL,
+                           SIGSTKFLT, SIGPWR, SIGXCPU, SIGRTMIN, SIGRTMAX}) {
+    EXPECT_EQ(Send(signal).back(), "leave") << signal;
+  }
+}
+
 TEST_F(SignalWatchTest, ASignalThatWasHeldBackIsHandledLater) {
   HoldBackSignals();
   kill(getpid(), SIGINT);

@@ -69,6 +69,13 @@ TEST_F(UpdateInterruptTest, ASignalThatAsksToEndEndsAtOnce) {
   keyboard.Signal(SIGCONT);
 }
 
+TEST_F(UpdateInterruptTest, AQuitFromTheKeyboardLeavesNoTemporaryFiles) {
+  HaltInUpdate();
+  program.Signal(SIGQUIT);
+  EXPECT_EQ(program.Wait(), 130);
+  keyboard.Signal(SIGCONT);
+}
+
 TEST_F(UpdateInterruptTest, SuspendingAndResumingDoesNotFailTheStep) {
   HaltInUpdate();
   program.Signal(SIGSTOP);

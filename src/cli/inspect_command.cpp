@@ -7,7 +7,6 @@
 #include "cli/inspection_json.h"
 #include "cli/inspection_text.h"
 #include "cli/words.h"
-#include "package/package_inspection.h"
 
 namespace hollin {
 namespace {
@@ -35,7 +34,11 @@ ExitCode RunInspectCommand(const InspectArguments& arguments, const Console& con
       PrintLine(console.out, line);
     }
   }
-  const bool isGood = inspection.isValid && (!arguments.strict || inspection.findings.Empty());
+  return ExitCodeOf(inspection, arguments.strict);
+}
+
+ExitCode ExitCodeOf(const PackageInspection& inspection, bool strict) {
+  const bool isGood = inspection.isValid && (!strict || inspection.findings.Empty());
   return isGood ? ExitCode::kDone : ExitCode::kPackage;
 }
 

@@ -5,9 +5,13 @@
 
 #include "cli/arguments.h"
 #include "cli/console.h"
+#include "package/package_inspection.h"
 
 namespace hollin {
 
 [[nodiscard]] ExitCode RunInspectCommand(const InspectArguments& arguments, const Console& console);
+
+// How a program ends that has looked at a package; with `strict`, findings are an error.
+[[nodiscard]] ExitCode ExitCodeOf(const PackageInspection& inspection, bool strict);
 
 }  // namespace hollin

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <sstream>
 
+#include "cli/json.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/temp_folder.h"
 
@@ -18,7 +19,7 @@ using ::testing::HasSubstr;
 class PackCommandTest : public ::testing::Test {
  protected:
   PackCommandTest() {
-    folder.Write("a.ini", "[Chip Info]\n");
+    folder.Write("a.ini", "[Chip Info]\nChip Size=1K\n");
     folder.Write("a.bin", Hex("01 02 03"));
     arguments = {.model = "TS30",
                  .firmwareVersion = "2.0.1",
@@ -47,9 +48,9 @@ class PackCommandTest : public ::testing::Test {
 
 TEST_F(PackCommandTest, WritesThePackage) {
   EXPECT_EQ(Run(), ExitCode::kDone);
-  EXPECT_EQ(out.str(), arguments.output + ": 271 bytes, 1 pack\n");
+  EXPECT_EQ(out.str(), arguments.output + ": 284 bytes, 1 pack\n");
   const Bytes package = folder.Read("out.dat");
-  ASSERT_EQ(package.size(), 271U);
+  ASSERT_EQ(package.size(), 284U);
   const auto at = [&](size_t offset, size_t size) {
     const auto begin = package.begin() + static_cast<ptrdiff_t>(offset);
     return Bytes(begin, begin + static_cast<ptrdiff_t>(size));
@@ -60,9 +61,9 @@ TEST_F(PackCommandTest, WritesThePackage) {
   EXPECT_EQ(at(88, 16), Filled(16, 0));                   // no other buttons
   EXPECT_EQ(at(123, 1), Hex("01"));                       // packs
   EXPECT_EQ(at(172, 4), Hex("41 31 00 00"));              // type
-  EXPECT_EQ(at(192, 8), Hex("00 01 00 00 0C 00 00 00"));  // description: at 256, 12 bytes
-  EXPECT_EQ(at(240, 12), Hex("0C 01 00 00 03 00 00 00 06 00 00 00"));  // image: at 268, 3, sum 6
-  EXPECT_EQ(at(268, 3), Hex("01 02 03"));
+  EXPECT_EQ(at(192, 8), Hex("00 01 00 00 19 00 00 00"));  // description: at 256, 25 bytes
+  EXPECT_EQ(at(240, 12), Hex("19 01 00 00 03 00 00 00 06 00 00 00"));  // image: at 281, 3, sum 6
+  EXPECT_EQ(at(281, 3), Hex("01 02 03"));
 }
 
 TEST_F(PackCommandTest, TheSameInputsGiveTheSameBytes) {
@@ -74,7 +75,8 @@ TEST_F(PackCommandTest, TheSameInputsGiveTheSameBytes) {
 
 TEST_F(PackCommandTest, TwoPacksAreWrittenInTheirOrder) {
   folder.Write("b.bin", Hex("FF"));
-  arguments.packs.push_back({"C1", folder.Path("a.ini"), folder.Path("b.bin")});
+  folder.Write("b.ini", "[Reserved Sector]\n0\n");
+  arguments.packs.push_back({"C1", folder.Path("b.ini"), folder.Path("b.bin")});
   EXPECT_EQ(Run(), ExitCode::kDone);
   EXPECT_THAT(out.str(), HasSubstr(", 2 packs\n"));
   const Bytes package = folder.Read("out.dat");
@@ -115,6 +117,42 @@ TEST_F(PackCommandTest, AnInputThatCannotBeReadIsNamed) {
 TEST_F(PackCommandTest, AnOutputThatCannotBeWrittenIsNamedWithTheReason) {
   arguments.output = folder.Path("nowhere/out.dat");
   ExpectRefusal(ExitCode::kFailed, "nowhere/out.dat: No such file or directory");
+}
+
+TEST_F(PackCommandTest, FindingsAreToldAndAnErrorOnRequest) {
+  folder.Write("a.ini", "[Chip Info]\nChip Size=1M\n");
+  EXPECT_EQ(Run(), ExitCode::kDone);
+  EXPECT_THAT(out.str(),
+              HasSubstr("\nFindings: 1\n  number-suffix-1024: pack 1, line 2, column 11"));
+  arguments.strict = true;
+  EXPECT_EQ(Run(), ExitCode::kPackage);
+  EXPECT_EQ(err.str(), "");
+}
+
+TEST_F(PackCommandTest, APackageThatIsNotValidIsWrittenButAnError) {
+  folder.Write("a.ini", "[Chip Info]\n");
+  EXPECT_EQ(Run(), ExitCode::kPackage);
+  EXPECT_EQ(err.str(),
+            "The package is written, but it is not valid: a1-chip-size: pack 1 (A1): the "
+            "description gives no \"Chip Size\", or 0\n");
+  EXPECT_TRUE(std::filesystem::exists(arguments.output));
+}
+
+TEST_F(PackCommandTest, AsJsonItTellsWhatInspectTells) {
+  arguments.json = true;
+  EXPECT_EQ(Run(), ExitCode::kDone);
+  const Json json = Json::parse(out.str());
+  EXPECT_EQ(json["file"], arguments.output);
+  EXPECT_EQ(json["valid"], true);
+  EXPECT_EQ(json["totalSteps"], 3);
+}
+
+TEST_F(PackCommandTest, AsJsonErrorsAreJsonToo) {
+  arguments.json = true;
+  arguments.packs[0].dataType = "B1";
+  EXPECT_EQ(Run(), ExitCode::kUsage);
+  EXPECT_EQ(err.str(), "");
+  EXPECT_EQ(Json::parse(out.str())["error"]["code"], "not-representable");
 }
 
 }  // namespace

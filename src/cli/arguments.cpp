@@ -89,8 +89,7 @@ void AddPack(CLI::App& app, PackArguments& pack) {
       ->required()
       ->type_name("FILE");
   AddJson(*command, pack.json, "Write JSON");
-  command->add_flag("--strict", pack.strict,
-                    "Findings are an error (exit code 3), and no file is written");
+  command->add_flag("--strict", pack.strict, "Findings are an error (exit code 3)");
 }
 
 void AddDevices(CLI::App& app, DevicesArguments& devices) {

@@ -129,8 +129,8 @@ constexpr std::array kWords = {
         "Use a start address in the lower half of the chip."},
 
     Words{FindingCode::kA2SectorsNotAscending, "a2-sectors-not-ascending",
-          "In the list of sectors {number:#x} is followed by {other:#x}: sizes of sectors are the "
-          "differences, which wrap.",
+          "In the list of sectors {number:#x} is followed by {other:#x}: it does not ascend, so "
+          "that every update fails before anything is erased.",
           "List every sector once, in ascending order."},
     Words{FindingCode::kA2PlanOutsideImage, "a2-plan-outside-image",
           "The planned sectors reach outside the image, so that the first of them fails before "

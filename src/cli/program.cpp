@@ -3,9 +3,13 @@
 
 #include "app/device_settings.h"
 #include "cli/arguments.h"
+#include "cli/devices_command.h"
+#include "cli/doctor_command.h"
 #include "cli/inspect_command.h"
 #include "cli/json.h"
+#include "cli/json_display.h"
 #include "cli/pack_command.h"
+#include "cli/surroundings.h"
 #include "cli/text_display.h"
 #include "cli/update_command.h"
 #include "device/hid_device.h"
@@ -41,16 +45,20 @@ ExitCode Run(const UpdateArguments& arguments, const Console& console) {
   const DeviceSettings settings = ReadDeviceSettings();
   HidDevice::vendorId = settings.vendorId;
   HidDevice::productId = settings.productId;
+  if (arguments.json) {
+    JsonDisplay display(console);
+    return RunUpdateCommand(arguments, display);
+  }
   TextDisplay display(console);
   return RunUpdateCommand(arguments, display);
 }
 
-ExitCode Run(const DevicesArguments& /*arguments*/, const Console& /*console*/) {
-  return ExitCode::kUsage;
+ExitCode Run(const DevicesArguments& arguments, const Console& console) {
+  return RunDevicesCommand(arguments, console, ReadSurroundings());
 }
 
-ExitCode Run(const DoctorArguments& /*arguments*/, const Console& /*console*/) {
-  return ExitCode::kUsage;
+ExitCode Run(const DoctorArguments& arguments, const Console& console) {
+  return RunDoctorCommand(arguments, console, ReadSurroundings());
 }
 
 ExitCode Run(const PackArguments& arguments, const Console& console) {

@@ -18,7 +18,8 @@ constexpr std::string_view kEraseLine = "\r\x1B[K";
 TextDisplay::TextDisplay(Console console, Clock clock)
     : console(std::move(console)), clock(std::move(clock)) {}
 
-void TextDisplay::Refuse(const std::vector<std::string>& lines) {
+void TextDisplay::Refuse(ExitCode /*exitCode*/, std::string_view /*code*/,
+                         const std::vector<std::string>& lines) {
   const std::lock_guard lock(mutex);
   for (const std::string& line : lines) PrintError(line);
 }

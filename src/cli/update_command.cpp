@@ -57,9 +57,10 @@ ExitCode ExitCodeOf(UpdateOutcome outcome) {
   return ExitCode::kFailed;
 }
 
-ExitCode Refuse(UpdateDisplay& display, ExitCode code, const std::vector<std::string>& lines) {
-  display.Refuse(lines);
-  return code;
+ExitCode Refuse(UpdateDisplay& display, ExitCode exitCode, std::string_view code,
+                const std::vector<std::string>& lines) {
+  display.Refuse(exitCode, code, lines);
+  return exitCode;
 }
 
 ExitCode Update(DatFileExamine& datFile, FailureRecord& failures, UpdateDisplay& display) {
@@ -87,25 +88,26 @@ ExitCode RunUpdateCommand(const UpdateArguments& arguments, UpdateDisplay& displ
   DatFileExamine datFile;
   datFile.observer = &failures;
   if (!datFile.OpenDatFile(arguments.package)) {
-    return Refuse(display, ExitCode::kPackage,
+    return Refuse(display, ExitCode::kPackage, "unreadable",
                   {std::string(words::kUnableToOpen) + arguments.package});
   }
   InstanceLock lock;
   if (lock.Take() == LockState::kBusy) {
-    return Refuse(display, ExitCode::kBusy, {std::string(words::kAnotherAtWork)});
+    return Refuse(display, ExitCode::kBusy, "busy", {std::string(words::kAnotherAtWork)});
   }
   HoldBackSignals();  // from here on there are temporary files to remove
   const TempFiles tempFiles(datFile);
   if (!datFile.ExamineDatFile()) {
-    return Refuse(display, ExitCode::kPackage,
+    return Refuse(display, ExitCode::kPackage, "invalid",
                   {std::string(words::kFormatError) + arguments.package});
   }
   const uint32_t count = HidDevice::DeviceCount();
   if (count > 1) {
-    return Refuse(display, ExitCode::kKeyboard, {std::string(words::kMoreThanOneDevice)});
+    return Refuse(display, ExitCode::kKeyboard, "several-keyboards",
+                  {std::string(words::kMoreThanOneDevice)});
   }
   if (count == 0) {
-    return Refuse(display, ExitCode::kKeyboard,
+    return Refuse(display, ExitCode::kKeyboard, "no-keyboard",
                   words::LinesOfNotConnected(datFile.NotConnectedMessage()));
   }
   return Update(datFile, failures, display);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/update_loop.h"
+#include "cli/exit_code.h"
 #include "cli/failure_record.h"
 #include "cli/update_plan.h"
 
@@ -20,8 +21,9 @@ class UpdateDisplay {
   UpdateDisplay& operator=(const UpdateDisplay&) = delete;
   virtual ~UpdateDisplay() = default;
 
-  // There will be no update; the lines say why.
-  virtual void Refuse(const std::vector<std::string>& lines) = 0;
+  // There will be no update; the lines say why, and `code` does for scripts.
+  virtual void Refuse(ExitCode exitCode, std::string_view code,
+                      const std::vector<std::string>& lines) = 0;
 
   virtual void Start(const UpdatePlan& plan) = 0;
   virtual void StepCompleted(int32_t step) = 0;

@@ -128,6 +128,11 @@ void FindDroppedBytes(const A2Update& updater, const Findings& findings) {
 
 void FindInA2Plan(const A2Update& updater, const Findings& findings) {
   const A2Description& flash = updater.flash;
+  const std::vector<uint32_t>& sectors = flash.sectorAddrs;
+  const auto turn = std::adjacent_find(sectors.begin(), sectors.end(), std::greater_equal<>());
+  if (turn != sectors.end()) {
+    return findings.Add(FindingCode::kA2SectorsNotAscending, *turn, *(turn + 1));
+  }
   if (!updater.IsPlanInsideImage()) return findings.Add(FindingCode::kA2PlanOutsideImage);
   if (updater.bytesToWrite == 0) findings.Add(FindingCode::kA2NothingToWrite, flash.fileOffset);
   if (updater.bytesToWrite % kWordSize != 0) findings.Add(FindingCode::kA2OddByteDropped);
@@ -145,10 +150,6 @@ void FindInA2(const A2Update& updater, const Findings& findings) {
   const A2Description& flash = updater.flash;
   const std::vector<uint32_t>& sectors = flash.sectorAddrs;
   findings.Truncated("Chip Type", flash.mode, kLargestByte);
-  const auto turn = std::adjacent_find(sectors.begin(), sectors.end(), std::greater_equal<>());
-  if (turn != sectors.end()) {
-    findings.Add(FindingCode::kA2SectorsNotAscending, *turn, *(turn + 1));
-  }
   const AddressSet starts(sectors);
   for (const uint32_t address : flash.reservedSectors) {
     if (!starts.Contains(address)) findings.Add(FindingCode::kReservedWithoutSector, address);

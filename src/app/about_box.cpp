@@ -31,10 +31,10 @@ QLabel* MakeText(const QString& text) {
   return label;
 }
 
-QLabel* MakeHeading() {
-  QLabel* const heading = MakeText(QString("Hollin ") + HOLLIN_VERSION);
+QLabel* MakeHeading(const QString& text, double size) {
+  QLabel* const heading = MakeText(text);
   QFont font = heading->font();
-  font.setPointSizeF(font.pointSizeF() * 1.5);
+  font.setPointSizeF(font.pointSizeF() * size);
   font.setWeight(QFont::DemiBold);
   heading->setFont(font);
   return heading;
@@ -61,10 +61,10 @@ QDialog* MakeAboutBox(QWidget* parent) {
   auto* const column = new QVBoxLayout(box);
   column->setContentsMargins(28, 24, 28, 20);
   column->setSpacing(12);
-  column->addWidget(MakeHeading());
+  column->addWidget(MakeHeading(QString("Hollin ") + HOLLIN_VERSION, 1.5));
   column->addWidget(MakeText(Translated("Writes new firmware into the TS30 keyboard.")));
   column->addSpacing(4);
-  column->addWidget(MakeText(Translated("Licences")));
+  column->addWidget(MakeHeading(Translated("Licences"), 1));
   column->addLayout(MakeLicences());
   column->addSpacing(4);
   column->addWidget(buttons);

@@ -3,12 +3,15 @@
 
 #include <QIcon>
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 #include <QPointer>
 #include <QStyle>
 
 namespace hollin {
 namespace {
+
+constexpr int kTextWidth = 300;
 
 void SetFolderIcon(QMessageBox& box) {
   const QIcon ownFolder = box.style()->standardIcon(QStyle::SP_DirIcon, nullptr, &box);
@@ -22,6 +25,19 @@ void ShowTextsPlainly(QMessageBox& box) {
   for (QLabel* label : box.findChildren<QLabel*>()) label->setTextFormat(Qt::PlainText);
 }
 
+void Arrange(QMessageBox& box) {
+  box.layout()->setContentsMargins(22, 20, 22, 18);
+  if (auto* const title = box.findChild<QLabel*>("qt_msgbox_label")) {
+    QFont font = title->font();
+    font.setPointSizeF(font.pointSizeF() * 1.15);
+    font.setWeight(QFont::DemiBold);
+    title->setFont(font);
+  }
+  if (auto* const text = box.findChild<QLabel*>("qt_msgbox_informativelabel")) {
+    text->setMinimumWidth(kTextWidth);
+  }
+}
+
 }  // namespace
 
 QMessageBox* MakeAlertBox(const Alert& alert, QWidget* parent) {
@@ -33,6 +49,7 @@ QMessageBox* MakeAlertBox(const Alert& alert, QWidget* parent) {
                                                    : QMessageBox::Information);
   if (alert.icon == AlertIcon::kFolder) SetFolderIcon(*box);
   ShowTextsPlainly(*box);
+  Arrange(*box);
   return box;
 }
 

@@ -21,6 +21,7 @@
 #include "app/process_signals.h"
 #include "app/quit_signals.h"
 #include "app/single_instance.h"
+#include "app/theme.h"
 #include "app/window_options.h"
 
 namespace hollin {
@@ -78,6 +79,7 @@ void Begin(BusService& bus, MainWindow& window, AppDelegate& delegate,
 }
 
 int RunWindow(const StartRequest& request) {
+  UseOwnLook();
   MainWindow window;
   AppDelegate delegate;
   BusService bus;

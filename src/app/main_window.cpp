@@ -9,7 +9,6 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTimer>
 #include <QUrl>
 #include <algorithm>
 #include <atomic>
@@ -22,6 +21,8 @@
 #include "app/device_settings.h"
 #include "app/open_panel.h"
 #include "app/process_signals.h"
+#include "app/text_label.h"
+#include "app/theme.h"
 #include "app/update_loop.h"
 #include "base/pause.h"
 #include "device/hid_device.h"
@@ -30,7 +31,6 @@ namespace hollin {
 namespace {
 
 constexpr std::chrono::milliseconds kPauseForMemory{100};
-constexpr QRgb kSystemGray = qRgb(142, 142, 147);
 
 std::atomic<int> liveWorkers = 0;
 bool wasWorkerStarted = false;
@@ -75,6 +75,9 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
   BuildLayout();
   BuildMenus();
   ConnectActions();
+  ShowStage(Stage::kChoosePackage);
+  secondTimer.setInterval(std::chrono::seconds(1));
+  connect(&secondTimer, &QTimer::timeout, this, &MainWindow::ShowProgressNote);
 }
 
 void MainWindow::InitButton() {
@@ -82,9 +85,7 @@ void MainWindow::InitButton() {
   buttonUpdate->setEnabled(false);
   QPalette palette = progressStatus->palette();
   palette.setColor(QPalette::Base, kSystemGray);
-  palette.setColor(QPalette::Window, kSystemGray);
   progressStatus->setPalette(palette);
-  progressStatus->setAutoFillBackground(true);
 }
 
 void MainWindow::SetButtonEnable(bool enabled) {
@@ -113,10 +114,13 @@ void MainWindow::OpenDatAtPath(const std::string& path) {
   if (isUpdating) return;
   const QString shownPath = QString::fromStdString(path);
   textFieldPath->setText(shownPath);
+  textFieldPath->setToolTip(shownPath.toHtmlEscaped());
   if (!datFile.OpenDatFile(path)) {
+    ShowStage(Stage::kPackageRefused);
     return ShowErrorMessage(tr("Unable to open dat file: %1").arg(shownPath));
   }
   if (!datFile.ExamineDatFile()) {
+    ShowStage(Stage::kPackageRefused);
     return ShowErrorMessage(tr("Checksum or file format error: %1").arg(shownPath));
   }
   textFieldProductModel->setText(QString::fromStdString(datFile.ProductModelText()));
@@ -130,30 +134,37 @@ void MainWindow::RefreshDevice() {
   if (pUSB == nullptr) pUSB = HidDevice::Instance();
   const uint32_t count = HidDevice::DeviceCount();
   if (count > 1) {
-    ShowDeviceStatus(tr("More than one device! Remove some devices"), false);
+    ShowDeviceStatus(tr("More than one device! Remove some devices"), Stage::kTooManyKeyboards);
   } else if (count == 1) {
-    ShowDeviceStatus(tr("The TS30 is connected. Please press the \"Update\" button now."), true);
+    ShowDeviceStatus(tr("The TS30 is connected. Please press the \"Update\" button now."),
+                     Stage::kReady);
     ResetProgress();
   } else {
-    ShowDeviceStatus(QString::fromStdString(datFile.NotConnectedMessage()), false);
+    ShowDeviceStatus(QString::fromStdString(datFile.NotConnectedMessage()), Stage::kConnect);
   }
 }
 
-void MainWindow::ShowDeviceStatus(const QString& text, bool canUpdate) {
+void MainWindow::ShowDeviceStatus(const QString& text, Stage newStage) {
   textFieldDeviceStatus->setText(text);
-  buttonUpdate->setEnabled(canUpdate);
+  buttonUpdate->setEnabled(newStage == Stage::kReady);
+  ShowStage(datFile.IsFileReady() ? newStage : Stage::kPackageRefused);
 }
 
 // A bar from 0 to 0 would show that something is going on for ever.
 void MainWindow::ResetProgress() {
   progressStatus->setRange(0, std::max(1, datFile.TotalStepCount()));
   progressStatus->setValue(0);
+  progressNote->clear();
+}
+
+void MainWindow::ShowProgressNote() {
+  progressNote->setText(progressWords.Running(ProgressWords::Time::clock::now()));
 }
 
 void MainWindow::UpdateDevice() {
   if (isUpdating) return;
   isUpdating = true;
-  SetButtonEnable(false);
+  ShowUpdating(datFile.TotalStepCount());
   const QPointer<MainWindow> self(this);
   QObject& relay = Relay();
   liveWorkers++;
@@ -170,6 +181,14 @@ void MainWindow::UpdateDevice() {
   }
 }
 
+void MainWindow::ShowUpdating(int stepCount) {
+  SetButtonEnable(false);
+  ShowStage(Stage::kUpdating);
+  progressWords.Start(stepCount, ProgressWords::Time::clock::now());
+  ShowProgressNote();
+  secondTimer.start();
+}
+
 void MainWindow::ThreadUpdate(DatFileExamine& datFile, QObject& relay,
                               const QPointer<MainWindow>& window) {
   RunUpdate(datFile, [&](int32_t value) { PostProgress(relay, window, value); });
@@ -181,15 +200,22 @@ bool MainWindow::WasWorkerStarted() { return wasWorkerStarted; }
 
 void MainWindow::RefreshProgress(int32_t value) {
   pVal = value;
+  const auto now = ProgressWords::Time::clock::now();
   if (value >= 0) {
     progressStatus->setValue(value);
+    progressWords.CompleteStep(value, now);
+    ShowProgressNote();
   } else if (value == kUpdateSucceeded) {
     progressStatus->setValue(progressStatus->maximum());
+    progressNote->setText(progressWords.Completed(now));
+    ShowStage(Stage::kUpdated);
     FinishUpdating({.message = tr("Information"),
                     .informativeText = tr("Update completed, please use the TS30 power switch to "
                                           "restart the keyboard."),
                     .icon = AlertIcon::kFolder});
   } else if (value == kUpdateFailed) {
+    progressNote->setText(progressWords.Failed(now));
+    ShowStage(Stage::kUpdateFailed);
     // Deliberate: as informational as a success, unlike the errors of a package.
     FinishUpdating({.message = tr("Error"),
                     .informativeText = tr("Update Error!"),
@@ -198,6 +224,7 @@ void MainWindow::RefreshProgress(int32_t value) {
 }
 
 void MainWindow::FinishUpdating(const Alert& alert) {
+  secondTimer.stop();
   if (isHidden() || isMinimized()) BringToFront();
   if (!TellUser(alert)) return;
   isUpdating = false;

@@ -11,11 +11,13 @@
 
 #include <QMainWindow>
 #include <QPointer>
+#include <QTimer>
 #include <cstdint>
 #include <functional>
 #include <string>
 
 #include "app/alert.h"
+#include "app/progress_words.h"
 #include "package/dat_file_examine.h"
 
 class QAction;
@@ -30,6 +32,20 @@ class QUndoStack;
 namespace hollin {
 
 class HidDevice;
+class StepCard;
+class TextLabel;
+
+// Where the user is on the way to an updated keyboard; the cards show it.
+enum class Stage {
+  kChoosePackage,
+  kPackageRefused,
+  kConnect,
+  kTooManyKeyboards,
+  kReady,
+  kUpdating,
+  kUpdated,
+  kUpdateFailed,
+};
 
 class MainWindow : public QMainWindow {
   Q_OBJECT
@@ -51,8 +67,11 @@ class MainWindow : public QMainWindow {
   // What is done when keyboards may have come or gone: the same as by Refresh, whenever that could
   // be pressed. What comes while an alert is up waits for its end.
   void DevicesMayHaveChanged();
+  // What the window shows at the start of an update of so many steps.
+  void ShowUpdating(int stepCount);
   // From the start of an update until its final alert was dismissed.
   [[nodiscard]] bool IsUpdating() const { return isUpdating; }
+  [[nodiscard]] Stage CurrentStage() const { return stage; }
 
   // The worker's body: runs the update and posts its numbers to `window`, which may be gone by
   // then. `relay` is an object of the main thread that outlives every worker.
@@ -73,6 +92,7 @@ class MainWindow : public QMainWindow {
   QPushButton* buttonRefresh = nullptr;
   QPushButton* buttonOpen = nullptr;
   QLabel* imageView = nullptr;
+  TextLabel* progressNote = nullptr;  // how far the update is, in words
 
   // The window's undo manager, or null; asked for when Undo or Redo is used or the Edit menu opens.
   std::function<QUndoStack*()> windowWillReturnUndoManager;
@@ -124,14 +144,24 @@ class MainWindow : public QMainWindow {
   void UseUndoManager(void (QUndoStack::*use)());
   // Shows an alert and counts it. False when the window is gone afterwards.
   bool TellUser(const Alert& alert);
-  QWidget* MakePackageGroup();
-  QWidget* MakeDeviceGroup();
-  QWidget* MakeUpdateGroup();
+  QLayout* MakeHeading();
+  void ShowPicture();
+  QWidget* MakePackageCard();
+  QWidget* MakeKeyboardCard();
+  QWidget* MakeUpdateCard();
   void ConnectActions();
-  void ShowDeviceStatus(const QString& text, bool canUpdate);
+  void ShowStage(Stage newStage);
+  void ShowDeviceStatus(const QString& text, Stage newStage);
   void ResetProgress();
+  void ShowProgressNote();
   void FinishUpdating(const Alert& alert);
 
+  StepCard* packageCard = nullptr;
+  StepCard* keyboardCard = nullptr;
+  StepCard* updateCard = nullptr;
+  Stage stage = Stage::kChoosePackage;
+  ProgressWords progressWords;
+  QTimer secondTimer;  // while an update runs
   bool isUpdating = false;
   int alertCount = 0;  // that are up
   bool hasMissedChange = false;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-// How the window looks: one function for each group of widgets, in the order in which a user goes
-// through them.
-#include <QFormLayout>
-#include <QGroupBox>
+// How the window looks: a heading, and the three steps in the order in which a user goes through
+// them, each on a card of its own.
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -10,56 +9,86 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <vector>
+#include <array>
 
+#include "app/keyboard_picture.h"
 #include "app/main_window.h"
+#include "app/step_card.h"
+#include "app/text_label.h"
+#include "app/theme.h"
 
 namespace hollin {
 namespace {
 
-// Room for the longest message about a keyboard, which names three buttons.
-constexpr int kStatusColumns = 60;
-constexpr int kStatusLines = 4;
+constexpr int kMargin = 24;
+constexpr int kGap = 12;  // between the cards
+constexpr int kPictureWidth = 290;
+constexpr int kBarHeight = 10;
+constexpr int kWindowWidth = 720;
+constexpr int kLeastWidth = 580;
+constexpr int kStatusLines = 2;
 
-QLabel* MakePlainLabel(const QString& accessibleName) {
-  auto* const label = new QLabel;
-  label->setTextFormat(Qt::PlainText);
-  label->setAccessibleName(accessibleName);
+// Captions and notes are drawn back behind what the user has to read.
+template <typename Label>
+Label* Quiet(Label* label) {
+  QPalette palette = label->palette();
+  palette.setColor(QPalette::WindowText, ThemeFor(palette).quietText);
+  label->setPalette(palette);
   return label;
 }
 
-QLabel* MakeStatusLabel(const QString& accessibleName) {
-  QLabel* const label = MakePlainLabel(accessibleName);
-  label->setWordWrap(true);
-  label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-  const QFontMetrics font = label->fontMetrics();
-  label->setMinimumSize(kStatusColumns * font.averageCharWidth(),
-                        kStatusLines * font.lineSpacing());
+template <typename Widget>
+Widget* Scaled(Widget* widget, double factor, QFont::Weight weight = QFont::Normal) {
+  QFont font = widget->font();
+  font.setPointSizeF(font.pointSizeF() * factor);
+  font.setWeight(weight);
+  widget->setFont(font);
+  return widget;
+}
+
+TextLabel* MakeText(const QString& text) {
+  auto* const label = new TextLabel;
+  label->setText(text);
   return label;
 }
 
-QLineEdit* MakePathField(const QString& accessibleName) {
+// A caption and the field it names, which screen readers tell together.
+TextLabel* AddField(QGridLayout& fields, int column, const QString& caption) {
+  auto* const value = new TextLabel;
+  value->SetPlaceholder(QStringLiteral("–"));
+  auto* const name = Quiet(Scaled(new QLabel(caption), 0.9));
+  name->setBuddy(value);
+  fields.addWidget(name, 0, column);
+  fields.addWidget(value, 1, column);
+  fields.setColumnStretch(column, 1);
+  return value;
+}
+
+QLineEdit* MakePathField(const QString& accessibleName, const QString& placeholder) {
   auto* const field = new QLineEdit;
   field->setReadOnly(true);
+  field->setFrame(false);
   field->setAcceptDrops(false);  // what is dropped is the window's
   field->setFocusPolicy(Qt::ClickFocus);
   field->setAccessibleName(accessibleName);
+  field->setPlaceholderText(placeholder);
+  field->setTextMargins(-2, 0, 0, 0);  // in line with the texts around it
   return field;
 }
 
+QProgressBar* MakeProgressBar(const QString& accessibleName) {
+  auto* const bar = new QProgressBar;
+  bar->setTextVisible(false);
+  bar->setFixedHeight(kBarHeight);
+  bar->setAccessibleName(accessibleName);
+  return bar;
+}
+
 // Buttons below each other look better alike.
-void GiveSameWidth(const std::vector<QPushButton*>& buttons) {
+void GiveSameWidth(const std::array<QPushButton*, 3>& buttons) {
   int width = 0;
   for (const QPushButton* button : buttons) width = std::max(width, button->sizeHint().width());
   for (QPushButton* button : buttons) button->setMinimumWidth(width);
-}
-
-QGroupBox* MakeRow(const QString& title, QWidget* content, QPushButton* button) {
-  auto* const group = new QGroupBox(title);
-  auto* const row = new QHBoxLayout(group);
-  row->addWidget(content, 1);
-  row->addWidget(button, 0, Qt::AlignTop);
-  return group;
 }
 
 }  // namespace
@@ -67,48 +96,122 @@ QGroupBox* MakeRow(const QString& title, QWidget* content, QPushButton* button) 
 void MainWindow::BuildLayout() {
   auto* const content = new QWidget(this);
   auto* const column = new QVBoxLayout(content);
-  imageView = new QLabel;
-  imageView->setAlignment(Qt::AlignCenter);
-  column->addWidget(imageView);
-  column->addWidget(MakePackageGroup());
-  column->addWidget(MakeDeviceGroup(), 1);
-  column->addWidget(MakeUpdateGroup());
+  column->setContentsMargins(kMargin, kMargin - 4, kMargin, kMargin);
+  column->setSpacing(kGap);
+  column->addLayout(MakeHeading());
+  column->addSpacing(4);
+  column->addWidget(MakePackageCard());
+  column->addWidget(MakeKeyboardCard());
+  column->addWidget(MakeUpdateCard());
+  column->addStretch(1);
   GiveSameWidth({buttonOpen, buttonRefresh, buttonUpdate});
   setCentralWidget(content);
+  setMinimumWidth(kLeastWidth);
+  resize(kWindowWidth, sizeHint().height());
 }
 
-QWidget* MainWindow::MakePackageGroup() {
-  textFieldPath = MakePathField(tr("Path of the update package"));
-  textFieldProductModel = MakePlainLabel(tr("Product model"));
-  textFieldFirmwareVersion = MakePlainLabel(tr("Firmware version"));
+QLayout* MainWindow::MakeHeading() {
+  auto* const texts = new QVBoxLayout;
+  texts->setSpacing(6);
+  texts->addStretch(1);
+  texts->addWidget(Scaled(MakeText(tr("Update your TS30")), 1.7, QFont::DemiBold));
+  texts->addWidget(
+      Quiet(MakeText(tr("Three steps. Leave the keyboard connected and switched on "
+                        "until the last one is done."))));
+  texts->addStretch(1);
+  imageView = new QLabel;
+  imageView->setAccessibleName(tr("Drawing of a keyboard"));
+  ShowPicture();
+  auto* const row = new QHBoxLayout;
+  row->setSpacing(kMargin);
+  row->addLayout(texts, 1);
+  row->addWidget(imageView);
+  return row;
+}
+
+void MainWindow::ShowPicture() {
+  imageView->setPixmap(DrawKeyboard(kPictureWidth, devicePixelRatioF()));
+}
+
+QWidget* MainWindow::MakePackageCard() {
   buttonOpen = new QPushButton(tr("Open"));
+  textFieldPath = MakePathField(tr("Path of the update package"),
+                                tr("Press Open, or drop an update package here."));
   auto* const fields = new QWidget;
-  auto* const form = new QFormLayout(fields);
-  form->setContentsMargins(0, 0, 0, 0);
-  form->addRow(tr("File:"), textFieldPath);
-  form->addRow(tr("Product model:"), textFieldProductModel);
-  form->addRow(tr("Firmware version:"), textFieldFirmwareVersion);
-  return MakeRow(tr("Package"), fields, buttonOpen);
+  auto* const grid = new QGridLayout(fields);
+  grid->setContentsMargins(0, 0, 0, 0);
+  grid->setVerticalSpacing(1);
+  textFieldProductModel = AddField(*grid, 0, tr("Product model"));
+  textFieldFirmwareVersion = AddField(*grid, 1, tr("Firmware version"));
+  packageCard = new StepCard(1, tr("Choose the update package"), buttonOpen);
+  packageCard->Add(textFieldPath);
+  packageCard->Add(fields);
+  return packageCard;
 }
 
-QWidget* MainWindow::MakeDeviceGroup() {
-  textFieldDeviceStatus = MakeStatusLabel(QString());
+QWidget* MainWindow::MakeKeyboardCard() {
   buttonRefresh = new QPushButton(tr("Refresh"));
-  return MakeRow(tr("Keyboard"), textFieldDeviceStatus, buttonRefresh);
+  auto* const status = Scaled(new TextLabel(kStatusLines), 1.05);
+  status->SetPlaceholder(tr("Comes after the package, which says how to switch the keyboard on."));
+  textFieldDeviceStatus = status;
+  keyboardCard = new StepCard(2, tr("Connect the keyboard"), buttonRefresh);
+  keyboardCard->Add(status);
+  return keyboardCard;
 }
 
-QWidget* MainWindow::MakeUpdateGroup() {
-  progressStatus = new QProgressBar;
-  progressStatus->setTextVisible(false);
-  progressStatus->setAccessibleName(tr("Progress of the update"));
+QWidget* MainWindow::MakeUpdateCard() {
   buttonUpdate = new QPushButton(tr("Update"));
-  return MakeRow(tr("Update"), progressStatus, buttonUpdate);
+  progressStatus = MakeProgressBar(tr("Progress of the update"));
+  progressNote = Quiet(new TextLabel);
+  updateCard = new StepCard(3, tr("Update the keyboard"), buttonUpdate);
+  updateCard->Add(progressStatus);
+  updateCard->Add(progressNote);
+  return updateCard;
 }
 
 void MainWindow::ConnectActions() {
   connect(buttonOpen, &QPushButton::clicked, this, &MainWindow::OpenDat);
   connect(buttonRefresh, &QPushButton::clicked, this, &MainWindow::RefreshDevice);
   connect(buttonUpdate, &QPushButton::clicked, this, &MainWindow::UpdateDevice);
+}
+
+namespace {
+
+struct CardStates {
+  StepState package, keyboard, update;
+};
+
+CardStates StatesOf(Stage stage) {
+  using enum StepState;
+  switch (stage) {
+    case Stage::kChoosePackage:
+      return {kNext, kWaiting, kWaiting};
+    case Stage::kPackageRefused:
+      return {kAttention, kWaiting, kWaiting};
+    case Stage::kConnect:
+      return {kDone, kNext, kWaiting};
+    case Stage::kTooManyKeyboards:
+      return {kDone, kAttention, kWaiting};
+    case Stage::kReady:
+      return {kDone, kDone, kNext};
+    case Stage::kUpdating:
+      return {kDone, kDone, kBusy};
+    case Stage::kUpdated:
+      return {kDone, kDone, kDone};
+    case Stage::kUpdateFailed:
+      return {kDone, kDone, kFailed};
+  }
+  return {};
+}
+
+}  // namespace
+
+void MainWindow::ShowStage(Stage newStage) {
+  stage = newStage;
+  const CardStates states = StatesOf(stage);
+  packageCard->SetState(states.package);
+  keyboardCard->SetState(states.keyboard);
+  updateCard->SetState(states.update);
 }
 
 }  // namespace hollin

@@ -34,12 +34,6 @@ TEST_F(WindowOpenTest, ButtonsReadOpenRefreshUpdate) {
   EXPECT_EQ(window->buttonUpdate->text(), "Update");
 }
 
-TEST_F(WindowOpenTest, ProgressBarStandsOnTheSystemGray) {
-  EXPECT_TRUE(window->progressStatus->autoFillBackground());
-  EXPECT_EQ(window->progressStatus->palette().color(QPalette::Window), QColor(142, 142, 147));
-  EXPECT_EQ(window->progressStatus->palette().color(QPalette::Base), QColor(142, 142, 147));
-}
-
 TEST_F(WindowOpenTest, ThreeButtonsAreSwitchedRefreshFirstOpenLast) {
   window->SetButtonEnable(false);
   EnabledChanges changes;

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "app/text_label.h"
+
+#include <QPainter>
+#include <algorithm>
+
+#include "app/theme.h"
+
+namespace hollin {
+namespace {
+
+constexpr int kFlags = Qt::AlignTop | Qt::AlignLeading | Qt::TextWordWrap;
+constexpr int kAnyHeight = 1 << 20;
+
+}  // namespace
+
+TextLabel::TextLabel(int lineCount, QWidget* parent) : QLabel(parent), lines(lineCount) {
+  setTextFormat(Qt::PlainText);
+  setWordWrap(true);  // and so a height that depends on the width
+}
+
+void TextLabel::SetPlaceholder(const QString& text) {
+  placeholder = text;
+  updateGeometry();
+  update();
+}
+
+QString TextLabel::Shown() const {
+  if (text().isEmpty()) return placeholder;
+  QStringList shownLines = text().split('\n');
+  for (QString& line : shownLines) line = line.trimmed();
+  return shownLines.join('\n');
+}
+
+int TextLabel::heightForWidth(int width) const {
+  const QFontMetrics metrics = fontMetrics();
+  const QRect needed = metrics.boundingRect(QRect(0, 0, width, kAnyHeight), kFlags, Shown());
+  return std::max(lines * metrics.lineSpacing(), needed.height());
+}
+
+// The height follows from the width that the label has got.
+QSize TextLabel::minimumSizeHint() const { return {1, heightForWidth(std::max(width(), 1))}; }
+
+QSize TextLabel::sizeHint() const {
+  return {fontMetrics().boundingRect(Shown()).width() + 1, minimumSizeHint().height()};
+}
+
+void TextLabel::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  painter.setPen(text().isEmpty() ? ThemeFor(palette()).quietText
+                                  : palette().color(foregroundRole()));
+  painter.drawText(rect(), kFlags, Shown());
+}
+
+void TextLabel::resizeEvent(QResizeEvent* event) {
+  QLabel::resizeEvent(event);
+  updateGeometry();
+}
+
+}  // namespace hollin

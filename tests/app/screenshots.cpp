@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+// Makes a picture of the window in each of its states: hollin_screenshots FOLDER SUFFIX
+// [light|dark]
+#include <QApplication>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+#include <cstdio>
+
+#include "app/about_box.h"
+#include "app/main_window.h"
+#include "app/open_panel.h"
+#include "app/theme.h"
+#include "tests/app/sample_package.h"
+#include "tests/support/scripted_hidapi.h"
+#include "tests/support/temp_folder.h"
+
+namespace hollin {
+namespace {
+
+class Album {
+ public:
+  Album(std::string albumFolder, std::string pictureSuffix)
+      : folder(std::move(albumFolder)), suffix(std::move(pictureSuffix)) {}
+
+  void Take(QWidget& widget, const std::string& name) {
+    widget.show();
+    QTest::qWait(30);
+    const QString path = QString::fromStdString(folder + "/" + name + suffix + ".png");
+    if (!widget.grab().save(path)) throw std::runtime_error("cannot write " + path.toStdString());
+    std::puts(path.toUtf8().constData());
+  }
+
+ private:
+  std::string folder, suffix;
+};
+
+// Pictures the alerts instead of waiting for an answer.
+class PicturedWindow : public MainWindow {
+ public:
+  explicit PicturedWindow(Album& pictures) : album(pictures) {}
+  std::string nextAlert;  // its picture's name; empty for none
+
+ protected:
+  void ShowAlert(const Alert& alert) override {
+    if (nextAlert.empty()) return;
+    QMessageBox* const box = MakeAlertBox(alert, this);
+    album.Take(*box, nextAlert);
+    delete box;
+    nextAlert.clear();
+  }
+
+ private:
+  Album& album;
+};
+
+void TakeUpdate(PicturedWindow& window, Album& album) {
+  window.progressStatus->setRange(0, 12);
+  window.ShowUpdating(12);
+  for (int step = 0; step < 4; step++) window.RefreshProgress(step);
+  album.Take(window, "6-updating");
+  window.nextAlert = "7-completed-alert";
+  window.RefreshProgress(-1);
+  album.Take(window, "7-completed");
+  window.ShowUpdating(12);
+  for (int step = 0; step < 4; step++) window.RefreshProgress(step);
+  window.nextAlert = "8-failed-alert";
+  window.RefreshProgress(-2);
+  album.Take(window, "8-failed");
+}
+
+void TakeAll(Album& album) {
+  ScriptedHidapi& hidapi = Hidapi();
+  const TempFolder folder;
+  PicturedWindow window(album);
+  window.InitButton();
+  window.SetCaption("Varnholt TS30 Firmware Update V2.0.0");
+  album.Take(window, "1-started");
+  window.nextAlert = "2-refused-alert";
+  window.OpenDatAtPath(folder.Path("missing.dat"));
+  album.Take(window, "2-refused");
+  hidapi.deviceCount = 0;
+  window.OpenDatAtPath(folder.Write(
+      "TS30_V1.4.2.dat",
+      MakePackage({.version = "V1.4.2", .keys = {"Function", "Transp.", "Registry"}})));
+  album.Take(window, "3-not-connected");
+  hidapi.deviceCount = 2;
+  window.RefreshDevice();
+  album.Take(window, "4-too-many");
+  hidapi.deviceCount = 1;
+  window.RefreshDevice();
+  album.Take(window, "5-ready");
+  TakeUpdate(window, album);
+  album.Take(*MakeAboutBox(&window), "9-about");
+  album.Take(*MakeOpenPanel(&window), "9-panel");
+}
+
+}  // namespace
+}  // namespace hollin
+
+int main(int argc, char** argv) {
+  if (argc < 3) return 2;
+  const QApplication application(argc, argv);
+  const bool isDark = argc > 3 && QString(argv[3]) == "dark";
+  if (isDark)
+    QApplication::setPalette(QPalette(Qt::white, Qt::black, Qt::gray, Qt::gray, Qt::gray, Qt::white,
+                                      Qt::white, Qt::black, Qt::black));
+  hollin::UseOwnLook();
+  hollin::Album album(argv[1], argv[2]);
+  hollin::TakeAll(album);
+}

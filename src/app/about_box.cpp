@@ -13,7 +13,9 @@
 namespace hollin {
 namespace {
 
-QString Translated(const char* text) { return QCoreApplication::translate("AboutBox", text); }
+struct AboutBox {
+  Q_DECLARE_TR_FUNCTIONS(AboutBox)
+};
 
 // Proper names, the same in every language.
 constexpr std::array<std::pair<const char*, const char*>, 5> kLibraries = {{
@@ -43,7 +45,7 @@ QLabel* MakeHeading(const QString& text, double size) {
 QFormLayout* MakeLicences() {
   auto* const licences = new QFormLayout;
   licences->addRow(MakeText("Hollin"), MakeText("MIT"));
-  licences->addRow(MakeText(Translated("Drawing of the keyboard")), MakeText("CC0-1.0"));
+  licences->addRow(MakeText(AboutBox::tr("Drawing of the keyboard")), MakeText("CC0-1.0"));
   for (const auto& [library, licence] : kLibraries) {
     licences->addRow(MakeText(library), MakeText(licence));
   }
@@ -55,16 +57,16 @@ QFormLayout* MakeLicences() {
 
 QDialog* MakeAboutBox(QWidget* parent) {
   auto* const box = new QDialog(parent);
-  box->setWindowTitle(Translated("About Hollin"));
+  box->setWindowTitle(AboutBox::tr("About Hollin"));
   auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
   QObject::connect(buttons, &QDialogButtonBox::rejected, box, &QDialog::reject);
   auto* const column = new QVBoxLayout(box);
   column->setContentsMargins(28, 24, 28, 20);
   column->setSpacing(12);
   column->addWidget(MakeHeading(QString("Hollin ") + HOLLIN_VERSION, 1.5));
-  column->addWidget(MakeText(Translated("Writes new firmware into the TS30 keyboard.")));
+  column->addWidget(MakeText(AboutBox::tr("Writes new firmware into the TS30 keyboard.")));
   column->addSpacing(4);
-  column->addWidget(MakeHeading(Translated("Licences"), 1));
+  column->addWidget(MakeHeading(AboutBox::tr("Licences"), 1));
   column->addLayout(MakeLicences());
   column->addSpacing(4);
   column->addWidget(buttons);

@@ -22,6 +22,7 @@
 #include "app/quit_signals.h"
 #include "app/single_instance.h"
 #include "app/theme.h"
+#include "app/translations.h"
 #include "app/window_options.h"
 
 namespace hollin {
@@ -79,6 +80,7 @@ void Begin(BusService& bus, MainWindow& window, AppDelegate& delegate,
 }
 
 int RunWindow(const StartRequest& request) {
+  UseLanguageOfLocale();
   UseOwnLook();
   MainWindow window;
   AppDelegate delegate;
@@ -87,6 +89,7 @@ int RunWindow(const StartRequest& request) {
   ConnectWindow(window, delegate);
   ConnectBus(bus, window, delegate);
   WatchDevices(window);
+  KeepAwakeWhileUpdating(window);
   CallWhenPainted(window, [&] { Begin(bus, window, delegate, request); });
   delegate.applicationDidFinishLaunching();
   PrepareForSuddenEnd(window);

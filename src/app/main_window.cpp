@@ -18,7 +18,9 @@
 #include <thread>
 #include <utility>
 
+#include "app/device_access.h"
 #include "app/device_settings.h"
+#include "app/not_connected_text.h"
 #include "app/open_panel.h"
 #include "app/process_signals.h"
 #include "app/text_label.h"
@@ -140,11 +142,13 @@ void MainWindow::RefreshDevice() {
                      Stage::kReady);
     ResetProgress();
   } else {
-    ShowDeviceStatus(QString::fromStdString(datFile.NotConnectedMessage()), Stage::kConnect);
+    ShowDeviceStatus(NotConnectedText(datFile), Stage::kConnect);
   }
 }
 
 void MainWindow::ShowDeviceStatus(const QString& text, Stage newStage) {
+  deviceNote->setVisible(newStage == Stage::kReady &&
+                         IsAccessDenied(HidDevice::vendorId, HidDevice::productId));
   textFieldDeviceStatus->setText(text);
   buttonUpdate->setEnabled(newStage == Stage::kReady);
   ShowStage(datFile.IsFileReady() ? newStage : Stage::kPackageRefused);
@@ -165,6 +169,7 @@ void MainWindow::UpdateDevice() {
   if (isUpdating) return;
   isUpdating = true;
   ShowUpdating(datFile.TotalStepCount());
+  emit UpdateStarted();
   const QPointer<MainWindow> self(this);
   QObject& relay = Relay();
   liveWorkers++;
@@ -225,6 +230,7 @@ void MainWindow::RefreshProgress(int32_t value) {
 
 void MainWindow::FinishUpdating(const Alert& alert) {
   secondTimer.stop();
+  emit UpdateEnded();
   if (isHidden() || isMinimized()) BringToFront();
   if (!TellUser(alert)) return;
   isUpdating = false;

@@ -93,6 +93,7 @@ class MainWindow : public QMainWindow {
   QPushButton* buttonOpen = nullptr;
   QLabel* imageView = nullptr;
   TextLabel* progressNote = nullptr;  // how far the update is, in words
+  TextLabel* deviceNote = nullptr;    // shown when the keyboard may not be opened
 
   // The window's undo manager, or null; asked for when Undo or Redo is used or the Edit menu opens.
   std::function<QUndoStack*()> windowWillReturnUndoManager;
@@ -116,6 +117,9 @@ class MainWindow : public QMainWindow {
   // The menu's Quit and Save.
   void QuitRequested();
   void SaveRequested();
+  // An update begins, and has ended with its alert still to come.
+  void UpdateStarted();
+  void UpdateEnded();
   // Once, when the window has been painted for the first time: what need not be there at once is
   // begun then.
   void Painted();

@@ -156,6 +156,12 @@ QWidget* MainWindow::MakeKeyboardCard() {
   textFieldDeviceStatus = status;
   keyboardCard = new StepCard(2, tr("Connect the keyboard"), buttonRefresh);
   keyboardCard->Add(status);
+  deviceNote = new TextLabel;
+  deviceNote->setText(
+      tr("No right to open the keyboard. Install Hollin's udev rule, then plug the "
+         "keyboard in again."));
+  deviceNote->hide();
+  keyboardCard->Add(deviceNote);
   return keyboardCard;
 }
 

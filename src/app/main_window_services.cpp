@@ -3,6 +3,7 @@
 
 #include "app/device_watcher.h"
 #include "app/main_window.h"
+#include "app/sleep_inhibitor.h"
 
 namespace hollin {
 
@@ -12,6 +13,13 @@ void WatchDevices(MainWindow& window) {
     QObject::connect(watcher, &DeviceWatcher::DevicesChanged, &window,
                      &MainWindow::DevicesMayHaveChanged);
   });
+}
+
+void KeepAwakeWhileUpdating(MainWindow& window) {
+  auto* const inhibitor = new SleepInhibitor(&window);
+  QObject::connect(&window, &MainWindow::UpdateStarted, inhibitor,
+                   [inhibitor] { inhibitor->Hold(MainWindow::tr("A keyboard is being updated")); });
+  QObject::connect(&window, &MainWindow::UpdateEnded, inhibitor, &SleepInhibitor::Release);
 }
 
 }  // namespace hollin

@@ -9,4 +9,7 @@ class MainWindow;
 // Keyboards that come and go refresh the window.
 void WatchDevices(MainWindow& window);
 
+// While an update runs, the machine stays awake and on.
+void KeepAwakeWhileUpdating(MainWindow& window);
+
 }  // namespace hollin

@@ -17,10 +17,12 @@
 namespace hollin {
 namespace {
 
-QString Translated(const char* text) { return QCoreApplication::translate("OpenPanel", text); }
+struct OpenPanelText {
+  Q_DECLARE_TR_FUNCTIONS(OpenPanel)
+};
 
 QLabel* MakeMessage(QWidget* panel) {
-  auto* const message = new QLabel(Translated("Open the update file"), panel);
+  auto* const message = new QLabel(OpenPanelText::tr("Open the update file"), panel);
   message->setTextFormat(Qt::PlainText);
   const int margin = panel->layout()->contentsMargins().left();
   message->setContentsMargins(margin, margin, margin, 0);
@@ -51,10 +53,11 @@ class OpenPanel : public QFileDialog {
   void accept() override {
     const QString path = selectedFiles().value(0);
     if (IsPackageName(path) || QFileInfo(path).isDir()) return QFileDialog::accept();
-    RunAlert({.message = Translated("Open File"),
-              .informativeText = Translated("An update package has a name that ends in .dat."),
-              .style = AlertStyle::kWarning},
-             this);
+    RunAlert(
+        {.message = OpenPanelText::tr("Open File"),
+         .informativeText = OpenPanelText::tr("An update package has a name that ends in .dat."),
+         .style = AlertStyle::kWarning},
+        this);
   }
 };
 
@@ -63,11 +66,11 @@ class OpenPanel : public QFileDialog {
 bool IsPackageName(const QString& name) { return name.endsWith(".dat", Qt::CaseInsensitive); }
 
 QFileDialog* MakeOpenPanel(QWidget* parent) {
-  auto* const panel = new OpenPanel(parent, Translated("Open File"), FirstFolder());
+  auto* const panel = new OpenPanel(parent, OpenPanelText::tr("Open File"), FirstFolder());
   panel->setOption(QFileDialog::DontUseNativeDialog);  // the desktops' own panels have no message
   panel->setAcceptMode(QFileDialog::AcceptOpen);
   panel->setFileMode(QFileDialog::ExistingFile);
-  panel->setNameFilter(Translated("Update packages (*.dat)"));
+  panel->setNameFilter(OpenPanelText::tr("Update packages (*.dat)"));
   panel->layout()->setMenuBar(MakeMessage(panel));  // the one place above all that lies in there
   return panel;
 }

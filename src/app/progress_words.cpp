@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/progress_words.h"
 
-#include <QCoreApplication>
 #include <QStringList>
 #include <algorithm>
 
@@ -12,8 +11,6 @@ using std::chrono::seconds;
 
 constexpr int kStepsForAnEstimate = 2;  // one alone says little: the first is unlike the others
 constexpr seconds kFew{10};
-
-QString Translated(const char* text) { return QCoreApplication::translate("ProgressWords", text); }
 
 // 0:07, 12:34, 1:02:03
 QString TimeText(seconds time) {
@@ -52,7 +49,7 @@ void ProgressWords::CompleteStep(int step, Time now) {
 
 QString ProgressWords::StepText() const {
   const int step = std::min(completed + 1, stepCount);
-  return Translated("Step %1 of %2").arg(QString::number(step), QString::number(stepCount));
+  return tr("Step %1 of %2").arg(QString::number(step), QString::number(stepCount));
 }
 
 // The rest is taken to go on as the steps so far went on the average.
@@ -60,25 +57,25 @@ QString ProgressWords::TimeLeft(Time now) const {
   if (completed < kStepsForAnEstimate || completed >= stepCount) return {};
   const auto rest = (lastCompletion - start) / completed * (stepCount - completed);
   const auto left = std::chrono::duration_cast<seconds>(rest - (now - lastCompletion));
-  if (left < kFew) return Translated("a few seconds left");
-  return Translated("about %1 left").arg(TimeText(RoundedUp(left)));
+  if (left < kFew) return tr("a few seconds left");
+  return tr("about %1 left").arg(TimeText(RoundedUp(left)));
 }
 
 QString ProgressWords::Running(Time now) const {
   if (stepCount <= 0) return {};
-  QStringList parts = {StepText(), Translated("%1 elapsed").arg(Since(start, now))};
+  QStringList parts = {StepText(), tr("%1 elapsed").arg(Since(start, now))};
   const QString left = TimeLeft(now);
   if (!left.isEmpty()) parts << left;
   return parts.join(QString::fromUtf8("  ·  "));
 }
 
 QString ProgressWords::Completed(Time now) const {
-  return Translated("Completed in %1").arg(Since(start, now));
+  return tr("Completed in %1").arg(Since(start, now));
 }
 
 QString ProgressWords::Failed(Time now) const {
   if (stepCount <= 0) return {};
-  return Translated("Stopped in step %1 of %2 after %3")
+  return tr("Stopped in step %1 of %2 after %3")
       .arg(QString::number(std::min(completed + 1, stepCount)), QString::number(stepCount),
            Since(start, now));
 }

@@ -3,12 +3,15 @@
 // take. It reads no clock: who asks says when.
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 #include <chrono>
 
 namespace hollin {
 
 class ProgressWords {
+  Q_DECLARE_TR_FUNCTIONS(ProgressWords)
+
  public:
   using Time = std::chrono::steady_clock::time_point;
 

@@ -148,21 +148,23 @@ std::string DatFileExamine::FirmwareVersionText() const {
 
 // Deliberate: the longest message that has a third name wins, even where the names before it are
 // empty.
-std::string DatFileExamine::NotConnectedMessage() const {
-  if (!isFileReady) return std::string(kNotConnected);
+std::vector<std::string> DatFileExamine::ButtonsToHold() const {
+  if (!isFileReady) return {};
   const std::string first = FieldText(key1);
   const std::string second = FieldText(key2);
   const std::string third = FieldText(key3);
-  std::string buttons;
-  if (!third.empty()) {
-    buttons = fmt::format(R"("{}" + "{}" + "{}")", first, second, third);
-  } else if (!second.empty()) {
-    buttons = fmt::format(R"("{}" and "{}")", first, second);
-  } else if (!first.empty()) {
-    buttons = fmt::format(R"("{}")", first);
-  } else {
-    return std::string(kNotConnected);
-  }
+  if (!third.empty()) return {first, second, third};
+  if (!second.empty()) return {first, second};
+  if (!first.empty()) return {first};
+  return {};
+}
+
+std::string DatFileExamine::NotConnectedMessage() const {
+  const std::vector<std::string> names = ButtonsToHold();
+  if (names.empty()) return std::string(kNotConnected);
+  std::string buttons = fmt::format(R"("{}")", names[0]);
+  if (names.size() == 2) buttons += fmt::format(R"( and "{}")", names[1]);
+  if (names.size() == 3) buttons += fmt::format(R"( + "{}" + "{}")", names[1], names[2]);
   return fmt::format("{} Please hold down the {} \r\n buttons while powering on the TS30.",
                      kNotConnected, buttons);
 }

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/bytes.h"
 #include "device/ax_update.h"
@@ -44,6 +45,8 @@ class DatFileExamine {
 
   // What to tell a user whose keyboard is not there: which buttons to hold while powering it on.
   [[nodiscard]] std::string NotConnectedMessage() const;
+  // The names of those buttons, as many as the message has; none while no package is ready. UTF-8.
+  [[nodiscard]] std::vector<std::string> ButtonsToHold() const;
 
   [[nodiscard]] int32_t TotalStepCount() const;
 

@@ -16,6 +16,7 @@
 #include "app/main_window.h"
 #include "app/open_panel.h"
 #include "app/theme.h"
+#include "app/translations.h"
 #include "tests/app/sample_package.h"
 #include "tests/support/scripted_hidapi.h"
 #include "tests/support/temp_folder.h"
@@ -110,6 +111,7 @@ int main(int argc, char** argv) {
   if (isDark)
     QApplication::setPalette(QPalette(Qt::white, Qt::black, Qt::gray, Qt::gray, Qt::gray, Qt::white,
                                       Qt::white, Qt::black, Qt::black));
+  hollin::UseLanguageOfLocale();
   hollin::UseOwnLook();
   hollin::Album album(argv[1], argv[2]);
   hollin::TakeAll(album);

@@ -22,6 +22,37 @@
     </message>
 </context>
 <context>
+    <name>AppDelegate</name>
+    <message>
+        <source>Expected a folder to store application data, found a file (%1).</source>
+        <translation>Erwartet wurde ein Ordner für die Daten des Programms, gefunden eine Datei (%1).</translation>
+    </message>
+    <message>
+        <source>Failed to initialize the store</source>
+        <translation>Der Speicher konnte nicht angelegt werden</translation>
+    </message>
+    <message>
+        <source>There was an error building up the data file.</source>
+        <translation>Beim Anlegen der Datendatei ist ein Fehler aufgetreten.</translation>
+    </message>
+    <message>
+        <source>Could not save changes while quitting. Quit anyway?</source>
+        <translation>Die Änderungen konnten beim Beenden nicht gesichert werden. Trotzdem beenden?</translation>
+    </message>
+    <message>
+        <source>Quitting now will lose any changes you have made since the last successful save</source>
+        <translation>Wenn Sie jetzt beenden, gehen alle Änderungen seit dem letzten erfolgreichen Sichern verloren</translation>
+    </message>
+    <message>
+        <source>Quit anyway</source>
+        <translation>Trotzdem beenden</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>NotConnected</name>
     <message>
         <source>The TS30 is not connected.</source>

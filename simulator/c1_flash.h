@@ -42,10 +42,7 @@ class C1Flash : public FlashUnit {
   // The clock is lent.
   C1Flash(C1Profile profile, const VirtualClock& clock);
 
-  void Reset() override {
-    configuration = {};
-    eraser.Forget();
-  }
+  void Reset() override { configuration = {}; }
   void LosePower() override { eraser.LosePower(); }
   bool Execute(ByteView command, Replies& replies) override;
   bool Announce(ByteView header, Block& block) override;

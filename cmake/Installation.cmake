@@ -39,25 +39,36 @@ function(hollin_install_icon source name)
   install(FILES "${source}" DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
 endfunction()
 
-# A manual page, made of what the program itself says with --help and of what `packaging/man/` adds.
+# A manual page, made of what the program itself says with --help and of what packaging/man/ adds.
 function(hollin_install_manual name)
   find_program(HELP2MAN help2man REQUIRED)
   find_program(GZIP gzip REQUIRED)
   set(page "${PROJECT_BINARY_DIR}/man/${name}.1")
-  set(additions "${PROJECT_SOURCE_DIR}/packaging/man/${name}.h2m")
+  set(source "${PROJECT_SOURCE_DIR}/packaging/man")
   add_custom_command(OUTPUT "${page}.gz"
     COMMAND ${CMAKE_COMMAND} -E make_directory "${PROJECT_BINARY_DIR}/man"
-    COMMAND ${HELP2MAN} --no-info --no-discard-stderr "--include=${additions}" "--output=${page}" "$<TARGET_FILE:${name}>"
+    COMMAND "${source}/make-page" "$<TARGET_FILE:${name}>" "${source}/${name}.h2m" "${page}"
     COMMAND ${GZIP} -9nf "${page}"
-    DEPENDS ${name} "${additions}" VERBATIM)
+    DEPENDS ${name} "${source}/make-page" "${source}/${name}.h2m" VERBATIM)
   add_custom_target(manual-${name} ALL DEPENDS "${page}.gz")
   install(FILES "${page}.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+endfunction()
+
+# Completions of the three shells. Debian's zsh looks for those of packages in a folder of its own.
+function(hollin_install_completions)
+  set(shells "${CMAKE_INSTALL_DATADIR}")
+  foreach(program IN LISTS ARGN)
+    install(FILES "packaging/completions/bash/${program}" DESTINATION "${shells}/bash-completion/completions")
+    install(FILES "packaging/completions/fish/${program}.fish" DESTINATION "${shells}/fish/vendor_completions.d")
+  endforeach()
+  install(FILES packaging/completions/zsh/_hollin DESTINATION "${shells}/zsh/vendor-completions")
 endfunction()
 
 # The command line and the keyboard in software are worth having without the window too.
 hollin_install_bundle_program(hollin-cli)
 install(TARGETS ts30-simulator RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS hollin_standin LIBRARY DESTINATION "${HOLLIN_PRIVATE_DIR}/standin" NAMELINK_SKIP)
+hollin_install_completions(hollin-cli ts30-simulator)
 install(FILES packaging/Config.ini DESTINATION "${HOLLIN_SETTINGS_DIR}")
 hollin_install_link("${HOLLIN_SETTINGS_DIR}/Config.ini" "${HOLLIN_PRIVATE_DIR}" Config.ini)
 install(FILES packaging/udev/70-ts30.rules DESTINATION lib/udev/rules.d)
@@ -67,6 +78,11 @@ install(DIRECTORY examples/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples" FILES
 
 if(HOLLIN_WINDOW)
   hollin_install_bundle_program(hollin)
+  install(FILES "${HOLLIN_BUNDLE_DIR}/Hollin.momd" DESTINATION "${HOLLIN_PRIVATE_DIR}/Hollin.app")
+  install(FILES packaging/completions/bash/hollin
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  install(FILES packaging/completions/fish/hollin.fish
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
   install(FILES packaging/com.tovari.Hollin.desktop DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
   install(FILES packaging/com.tovari.Hollin.metainfo.xml DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
   install(FILES packaging/com.tovari.Hollin.mime.xml DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages"

@@ -1,0 +1,17 @@
+# SPDX-License-Identifier: MIT
+complete -c hollin-cli -f
+complete -c hollin-cli -s h -l help -d 'Print help'
+complete -c hollin-cli -n __fish_use_subcommand -l version -d 'Print the version'
+complete -c hollin-cli -n __fish_use_subcommand -a update -d 'Write a package into the keyboard'
+complete -c hollin-cli -n __fish_use_subcommand -a inspect -d 'Show what is inside a package'
+complete -c hollin-cli -n __fish_use_subcommand -a pack -d 'Make a package'
+complete -c hollin-cli -n __fish_use_subcommand -a devices -d 'List the keyboards that are attached'
+complete -c hollin-cli -n __fish_use_subcommand -a doctor -d 'Look for what keeps an update from working'
+complete -c hollin-cli -n '__fish_seen_subcommand_from update inspect' -a '(__fish_complete_suffix .dat)'
+complete -c hollin-cli -n '__fish_seen_subcommand_from update inspect pack devices doctor' -l json -d 'Write JSON'
+complete -c hollin-cli -n '__fish_seen_subcommand_from inspect pack' -l strict -d 'Findings are an error'
+complete -c hollin-cli -n '__fish_seen_subcommand_from pack' -x -l model -d 'Model of the keyboard'
+complete -c hollin-cli -n '__fish_seen_subcommand_from pack' -x -l firmware-version -d 'Version of the firmware'
+complete -c hollin-cli -n '__fish_seen_subcommand_from pack' -x -l key -d 'Button to hold'
+complete -c hollin-cli -n '__fish_seen_subcommand_from pack' -r -F -l pack -d 'TYPE:DESCRIPTION:IMAGE'
+complete -c hollin-cli -n '__fish_seen_subcommand_from pack' -r -F -s o -l output -d 'Package to write'

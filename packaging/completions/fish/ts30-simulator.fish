@@ -1,0 +1,15 @@
+# SPDX-License-Identifier: MIT
+complete -c ts30-simulator -f -a '(__fish_complete_subcommand)'
+complete -c ts30-simulator -s h -l help -d 'Print help'
+complete -c ts30-simulator -l version -d 'Print the version'
+complete -c ts30-simulator -x -l dir -a '(__fish_complete_directories)' -d "Folder for the keyboard's socket"
+complete -c ts30-simulator -l usb-gadget -d 'Be a USB device of this machine'
+complete -c ts30-simulator -l uhid -d 'Be a HID device of this machine'
+complete -c ts30-simulator -x -l udc -d 'Device controller'
+complete -c ts30-simulator -x -l report-descriptor -a 'flat collections nested' -d 'Report descriptor'
+complete -c ts30-simulator -x -l vid -d 'USB vendor id'
+complete -c ts30-simulator -x -l pid -d 'USB product id'
+complete -c ts30-simulator -r -F -l options -d 'File with options of the keyboard'
+complete -c ts30-simulator -x -l option -d 'Option of the keyboard, NAME=VALUE'
+complete -c ts30-simulator -x -l fault -d 'Fault to inject'
+complete -c ts30-simulator -l verbose -d 'Print what the keyboard is asked'

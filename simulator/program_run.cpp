@@ -130,6 +130,20 @@ pid_t running = 0;
 
 void PassOn(int signal) { kill(running, signal); }
 
+// Signals wait from its making until it knows what is to become of them.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t signals;
+    sigfillset(&signals);
+    sigprocmask(SIG_SETMASK, &signals, &before);
+  }
+  void Release() const { sigprocmask(SIG_SETMASK, &before, nullptr); }
+
+ private:
+  sigset_t before{};
+};
+
 // Ctrl-C and Ctrl-\ reach the program from the terminal; what ends this process ends the program.
 void LeaveSignalsToTheProgram() {
   for (const int number : {SIGINT, SIGQUIT}) std::signal(number, SIG_IGN);
@@ -145,10 +159,15 @@ int RunOnKeyboard(const std::vector<std::string>& program, const ServeIn& serve)
   if (folder.Path().empty()) return Fail("cannot make a folder for the keyboard");
   const ServingProcess keyboard(folder.Path(), serve);
   if (!keyboard.IsReady()) return 1;
+  const HeldSignals held;
   running = fork();
-  if (running == 0) Become(program, folder.Path(), standIn);
+  if (running == 0) {
+    held.Release();
+    Become(program, folder.Path(), standIn);
+  }
   if (running < 0) return Fail("cannot start a process");
   LeaveSignalsToTheProgram();
+  held.Release();
   return WaitFor(running);
 }
 

@@ -12,6 +12,7 @@ namespace {
 // Without /proc: the file that the kernel was told to run, made absolute while the program still is
 // in the folder that it was started in.
 std::string StartedFile() {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel hands the address over as a number
   const auto* const path = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
   std::error_code failed;
   return path == nullptr ? "" : std::filesystem::canonical(path, failed).string();

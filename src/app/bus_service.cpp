@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "app/bus_service.h"
 
-#include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QFile>
-#include <QMetaObject>
 #include <optional>
 
+#include "app/application_adaptor.h"
 #include "app/file_uri.h"
 #include "app/user_folders.h"
-#include "base/log.h"
 
 namespace hollin {
 namespace {
@@ -57,53 +55,7 @@ bool IsNobodyThere(const QDBusMessage& reply) {
          reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner";
 }
 
-// The window's next wish to come to the front is then granted, where the desktop asks for this.
-void TakeActivation(const QVariantMap& platformData) {
-  const QByteArray token = platformData.value(kActivationToken).toString().toUtf8();
-  if (!token.isEmpty()) qputenv(kActivationVariable, token);
-}
-
 }  // namespace
-
-// The interface as the desktop calls it.
-class ApplicationAdaptor : public QDBusAbstractAdaptor {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
-
- public:
-  explicit ApplicationAdaptor(BusService* ownService)
-      : QDBusAbstractAdaptor(ownService), service(ownService) {}
-
- public slots:
-  void Activate(const QVariantMap& platformData) {
-    TakeActivation(platformData);
-    Post([this] { emit service->ActivateRequested(); });
-  }
-
-  // The window shows one package, so the first file is it.
-  void Open(const QStringList& uris, const QVariantMap& platformData) {
-    Activate(platformData);
-    for (const QString& uri : uris) {
-      const std::optional<std::string> path = PathOfFileUri(uri.toStdString());
-      if (path) return Post([this, path] { emit service->OpenRequested(*path); });
-      Log("Cannot open what is not a file of this computer: " + uri.toStdString());
-    }
-  }
-
-  void ActivateAction(const QString& name, const QVariantList& /*parameter*/,
-                      const QVariantMap& platformData) {
-    TakeActivation(platformData);
-    if (name == "quit") Post([this] { emit service->QuitRequested(); });
-  }
-
- private:
-  template <typename Function>
-  void Post(const Function& function) {
-    QMetaObject::invokeMethod(service, function, Qt::QueuedConnection);
-  }
-
-  BusService* service;
-};
 
 StartRequest ReadStartRequest() {
   StartRequest request;
@@ -133,5 +85,3 @@ BusService::State BusService::Start() {
 }
 
 }  // namespace hollin
-
-#include "bus_service.moc"

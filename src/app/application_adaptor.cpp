@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "app/application_adaptor.h"
+
+#include <QMetaObject>
+#include <optional>
+#include <string>
+
+#include "app/bus_service.h"
+#include "app/file_uri.h"
+#include "base/log.h"
+
+namespace hollin {
+namespace {
+
+// The window's next wish to come to the front is then granted, where the desktop asks for this.
+void TakeActivation(const QVariantMap& platformData) {
+  const QByteArray token = platformData.value("activation-token").toString().toUtf8();
+  if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token);
+}
+
+}  // namespace
+
+ApplicationAdaptor::ApplicationAdaptor(BusService* ownService)
+    : QDBusAbstractAdaptor(ownService), service(ownService) {}
+
+void ApplicationAdaptor::Activate(const QVariantMap& platformData) {
+  TakeActivation(platformData);
+  Post([this] { emit service->ActivateRequested(); });
+}
+
+// The window shows one package, so the first file is it.
+void ApplicationAdaptor::Open(const QStringList& uris, const QVariantMap& platformData) {
+  Activate(platformData);
+  for (const QString& uri : uris) {
+    const std::optional<std::string> path = PathOfFileUri(uri.toStdString());
+    if (path) return Post([this, path] { emit service->OpenRequested(*path); });
+    Log("Cannot open what is not a file of this computer: " + uri.toStdString());
+  }
+}
+
+void ApplicationAdaptor::ActivateAction(const QString& name, const QVariantList& /*parameter*/,
+                                        const QVariantMap& platformData) {
+  TakeActivation(platformData);
+  if (name == "quit") Post([this] { emit service->QuitRequested(); });
+}
+
+void ApplicationAdaptor::Post(const std::function<void()>& function) {
+  QMetaObject::invokeMethod(service, function, Qt::QueuedConnection);
+}
+
+}  // namespace hollin

@@ -186,7 +186,7 @@ bool A2Update::PlanLiesInImage() const {
   const auto disorder = std::adjacent_find(sectors.begin(), sectors.end(), std::greater_equal{});
   if (disorder != sectors.end()) return false;
   const uint64_t rest = static_cast<uint64_t>(imageLength) - uint64_t{flash.fileOffset} * kWordSize;
-  if (rest != bytesToWrite) return false;  // the offset lies behind the image, or a size wrapped
+  if (rest != bytesToWrite) return false;  // the offset lies behind the image, or 32 bits overflow
   const uint32_t last = plannedSectors - 1;
   const uint64_t begin = (uint64_t{sectors[last]} - sectors.front()) * kWordSize;
   return begin <= rest && rest - begin <= WholeSectorSize(last);

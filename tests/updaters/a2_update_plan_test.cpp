@@ -211,6 +211,16 @@ TEST_F(A2UpdatePlanTest, AFileOffsetWhoseBytesWrapErasesNothing) {
   EXPECT_TRUE(hidapi.calls.empty());
 }
 
+// Of its 2^32 + 16 bytes 16 would be written, and the rest forgotten.
+TEST_F(A2UpdatePlanTest, AnImageBeyond32BitsErasesNothing) {
+  update.flash.sectorAddrs = {0, 0x80000008};
+  update.imageLength = 0x100000010;
+  ASSERT_TRUE(update.PlanSteps());
+  EXPECT_EQ(update.bytesToWrite, 16U);
+  EXPECT_FALSE(update.RunStep(0));
+  EXPECT_TRUE(hidapi.calls.empty());
+}
+
 // 2^31 bytes are, as a signed number, fewer than any flash has.
 TEST_F(A2UpdatePlanTest, AnImageThatFitsOnlyBySignErasesNothing) {
   update.flash.sectorAddrs = {0, 8, 16};

@@ -188,8 +188,10 @@ const Option kOptions[] = {
      [](std::string_view value, KeyboardOptions& to) {
        return SetEraseUnits(value, to.c1.eraseUnits);
      }},
-    {{"c1.lines", "NUMBER", "the most data lines that are connected (4)"},
-     [](std::string_view value, KeyboardOptions& to) { return SetNumber(value, to.c1.lines, 1); }},
+    {{"c1.lines", "NUMBER", "the most data lines that are connected: 1, 2 or 4 (4)"},
+     [](std::string_view value, KeyboardOptions& to) {
+       return (value == "1" || value == "2" || value == "4") && SetNumber(value, to.c1.lines, 1);
+     }},
     {{"c1.buffer", "BYTES", "the most that it takes at once (8K)"},
      [](std::string_view value, KeyboardOptions& to) {
        return SetNumber(value, to.c1.bufferSize, 1);

@@ -79,8 +79,10 @@ bool C1Update::EnterUpdateMode(int32_t retries) {
   flashCapacity = 0;
   if (!AskCapacity(retries)) return false;
   int32_t span = 0;
-  const bool fits = flashCapacity != 0 && FindSpan(dataLength, span) && flashCapacity >= span;
-  return fits || Fail(UpdateFailure::kFlashTooSmall);
+  if (flashCapacity != 0 && FindSpan(dataLength, span) && flashCapacity >= span) return true;
+  uint32_t firstFree = 0;
+  const bool anyIsFree = FindUnreservedSector(0, firstFree);
+  return Fail(anyIsFree ? UpdateFailure::kFlashTooSmall : UpdateFailure::kNoFreeSector);
 }
 
 bool C1Update::RunStep(uint32_t index) {

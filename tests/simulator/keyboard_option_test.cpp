@@ -142,6 +142,8 @@ TEST_F(KeyboardOptionTest, BadOptionsAreRefused) {
                            "c1.erase-units=0",
                            "c1.erase-units=16M",
                            "c1.lines=0",
+                           "c1.lines=3",
+                           "c1.lines=5",
                            "c1.buffer=0",
                            "c1.erase-time=x"}) {
     EXPECT_FALSE(SetOption(text, options)) << text;

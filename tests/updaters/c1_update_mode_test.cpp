@@ -189,12 +189,33 @@ TEST_F(C1UpdateModeTest, ASpanBeyond31BitsFitsNoFlash) {
   EXPECT_TRUE(update.EnterUpdateMode(1));
 }
 
+class ReasonObserver : public UpdateObserver {
+ public:
+  void CommandFailed(const CommandFailure& failure) override { reason = failure.reason; }
+
+  UpdateFailure reason = UpdateFailure::kNone;
+};
+
 TEST_F(C1UpdateModeTest, AFlashWithEverySectorReservedFails) {
+  ReasonObserver observer;
+  update.observer = &observer;
   update.flash.sectorSize = 0x80000000;
   update.flash.reservedSectors = {0, 0x80000000};
   keyboard.capacity = Hex("FF FF FF 7F");
   ASSERT_TRUE(Plan(Counting(1)));
   EXPECT_FALSE(update.EnterUpdateMode(1));
+  EXPECT_EQ(observer.reason, UpdateFailure::kNoFreeSector);
+}
+
+TEST_F(C1UpdateModeTest, AFlashWithAFreeSectorBeyondItsCapacityIsTooSmall) {
+  ReasonObserver observer;
+  update.observer = &observer;
+  update.flash.sectorSize = 0x1000;
+  update.flash.reservedSectors = {0};
+  keyboard.capacity = Hex("FF 1F 00 00");
+  ASSERT_TRUE(Plan(Counting(1)));
+  EXPECT_FALSE(update.EnterUpdateMode(1));
+  EXPECT_EQ(observer.reason, UpdateFailure::kFlashTooSmall);
 }
 
 }  // namespace

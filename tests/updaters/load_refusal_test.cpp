@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/hex_bytes.h"
@@ -89,6 +90,31 @@ TEST_F(LoadRefusalTest, OfA2) {
   EXPECT_EQ(A2With("", 0), LoadRefusal::kImageEmpty);
   EXPECT_EQ(A2With("", 256), LoadRefusal::kNone);
   EXPECT_EQ(A2With("", 257), LoadRefusal::kImageTooLong);
+}
+
+// Everything is wrong, and one thing after the other is mended: what comes first is what is told.
+TEST_F(LoadRefusalTest, OfA2ComeInTheirOrder) {
+  const std::vector<std::pair<std::string, LoadRefusal>> mendings = {
+      {"[Block Size]\n=0\n[Time]\nMaxWriteBack=0\nMaxSectorEraseTime=0\n"
+       "[Sector Erase Cycle]\nAddr=1\n[Program Cycle]\nAddr=1\n[Write Buffer Cycle]\nAddr=1\n"
+       "[Program Buffer Cycle]\nAddr=1\n",
+       LoadRefusal::kNoFlashModel},
+      {"[Flash Modle]\nm\n", LoadRefusal::kNoReservedSector},
+      {"[Reserved Sector]\n0x9999\n", LoadRefusal::kBlockSize},
+      {"[Block Size]\n=4096\n", LoadRefusal::kNoWriteBackTime},
+      {"[Time]\nMaxWriteBack=1\n", LoadRefusal::kNoEraseTime},
+      {"[Time]\nMaxSectorEraseTime=1000\n", LoadRefusal::kEraseCycles},
+      {"[Sector Erase Cycle]\nEraseCycles=1\nData=1\n", LoadRefusal::kProgramCycles},
+      {"[Program Cycle]\nProgramCycles=1\nData=1\n", LoadRefusal::kWriteBufferCycles},
+      {"[Write Buffer Cycle]\nWriteBufferCycles=1\nData=1\n", LoadRefusal::kProgramBufferCycles},
+      {"[Program Buffer Cycle]\nProgramBufferCycles=1\nData=1\n", LoadRefusal::kNoSectors},
+      {"[Sector Address List]\n0\n64\n", LoadRefusal::kNone},
+  };
+  std::string description;
+  for (const auto& [mending, refusal] : mendings) {
+    description += mending;
+    EXPECT_EQ(RefusalOf<A2Update>(description), refusal) << "after " << mending;
+  }
 }
 
 TEST_F(LoadRefusalTest, OfC1) {

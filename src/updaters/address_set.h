@@ -22,8 +22,9 @@ class AddressSet {
   // Asked in ascending order, as a walk over sectors does, it steps along the list; any other
   // address is searched for.
   [[nodiscard]] bool Contains(uint32_t address) const {
-    if (!BelongsAt(place, address))
+    if (!BelongsAt(place, address)) {
       place = BelongsAt(place + 1, address) ? place + 1 : Find(address);
+    }
     return place < addresses.size() && addresses[place] == address;
   }
   // The number of distinct addresses.

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -26,10 +27,11 @@ class QuestionTest : public ::testing::Test {
   // Does something with the next alert that is shown.
   void WithAlert(const std::function<void(QMessageBox&)>& act) {
     QTimer::singleShot(0, &application, [act] {
-      auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      const QPointer<QMessageBox> box(
+          qobject_cast<QMessageBox*>(QApplication::activeModalWidget()));
       ASSERT_NE(box, nullptr);
       act(*box);
-      if (box->isVisible()) box->close();
+      if (box) box->close();
     });
   }
   [[nodiscard]] static QAbstractButton* Button(const QMessageBox& box, const QString& text) {

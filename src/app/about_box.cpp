@@ -45,7 +45,6 @@ QLabel* MakeHeading(const QString& text, double size) {
 QFormLayout* MakeLicences() {
   auto* const licences = new QFormLayout;
   licences->addRow(MakeText("Hollin"), MakeText("MIT"));
-  licences->addRow(MakeText(AboutBox::tr("Drawing of the keyboard")), MakeText("CC0-1.0"));
   for (const auto& [library, licence] : kLibraries) {
     licences->addRow(MakeText(library), MakeText(licence));
   }

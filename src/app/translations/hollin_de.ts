@@ -5,10 +5,6 @@
 <context>
     <name>AboutBox</name>
     <message>
-        <source>Drawing of the keyboard</source>
-        <translation>Zeichnung des Keyboards</translation>
-    </message>
-    <message>
         <source>About Hollin</source>
         <translation>Über Hollin</translation>
     </message>

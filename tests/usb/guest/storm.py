@@ -36,4 +36,4 @@ class Storm:
             for number in [*HARMLESS, *IGNORED, signal.SIGSTOP, signal.SIGCONT]:
                 self.process.send_signal(number)
                 self.signals += 1
-            time.sleep(0.005)
+            time.sleep(0.02)

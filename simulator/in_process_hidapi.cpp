@@ -34,6 +34,7 @@ class InProcessHidapi::Handle : public OpenedKeyboard {
   }
 
   bool Write(std::span<const uint8_t> report) override {
+    if (hidapi.beforeWrite) hidapi.beforeWrite(report);
     if (!Connected()) return false;
     Deliveries deliveries;
     const bool taken = slot->keyboard.TakeReport(report, deliveries);
@@ -63,6 +64,7 @@ class InProcessHidapi::Handle : public OpenedKeyboard {
     if (!Connected()) return -1;
     if (milliseconds != kForEver) return 0;
     hidapi.wouldBlock = true;
+    if (hidapi.onBlock) hidapi.onBlock();
     return -1;
   }
 
@@ -102,6 +104,8 @@ void InProcessHidapi::Reset() {
   enumerations = opens = closes = exits = 0;
   recordCalls = true;
   wouldBlock = false;
+  beforeWrite = {};
+  onBlock = {};
 }
 
 void InProcessHidapi::PassTime(VirtualClock::Duration length) {

@@ -7,7 +7,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,7 +25,8 @@ class InProcessHidapi : public HidBackend {
   // Plugs a keyboard in; it is owned here and lives until it is detached. Detaching pulls its plug.
   Keyboard& Attach(KeyboardOptions options = {});
   void Detach(const Keyboard& keyboard);
-  // Detaches all and forgets what was counted. Handles that are still open stay valid for closing.
+  // Detaches all, forgets what was counted and tells no one any more. Handles that are still open
+  // stay valid for closing.
   void Reset();
 
   // Tells every keyboard that time has passed, as a replaced Pause should.
@@ -37,6 +40,11 @@ class InProcessHidapi : public HidBackend {
   size_t exits = 0;
   size_t openHandles = 0;  // right now; Reset leaves it
   bool wouldBlock = false;
+
+  // Told of every report before a keyboard gets it, and of every read that would wait for ever.
+  // What is done there may pull plugs.
+  std::function<void(std::span<const uint8_t> report)> beforeWrite;
+  std::function<void()> onBlock;
 
   std::vector<ListedKeyboard> List() override;
   std::unique_ptr<OpenedKeyboard> Open(const std::string& path) override;

@@ -213,5 +213,20 @@ TEST_F(InProcessHidapiTest, TheRestOfTheInterfaceAnswers) {
   hid_close(device);
 }
 
+TEST_F(InProcessHidapiTest, WhoWatchesIsToldOfReportsAndOfReadsThatWouldBlock) {
+  Keyboard& keyboard = hidapi.Attach();
+  size_t reports = 0;
+  hidapi.beforeWrite = [&](std::span<const uint8_t> written) { reports += written.size() == 64; };
+  hidapi.onBlock = [&] { keyboard.Unplug(); };
+  hid_device* device = hid_open(kVendorId, kProductId, nullptr);
+  EXPECT_EQ(WriteMode(device), 64);
+  EXPECT_EQ(reports, 1U);
+  EXPECT_EQ(hid_read(device, report.data(), report.size()), 64);
+  EXPECT_TRUE(keyboard.Attached());
+  EXPECT_EQ(hid_read(device, report.data(), report.size()), -1);
+  EXPECT_FALSE(keyboard.Attached());
+  hid_close(device);
+}
+
 }  // namespace
 }  // namespace hollin::simulator

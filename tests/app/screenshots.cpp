@@ -89,6 +89,7 @@ void TakeAll(Album& album) {
   window.OpenDatAtPath(folder.Write(
       "TS30_V1.4.2.dat",
       MakePackage({.version = "V1.4.2", .keys = {"Function", "Transp.", "Registry"}})));
+  window.textFieldPath->setText("/home/anna/Downloads/TS30_V1.4.2.dat");
   album.Take(window, "3-not-connected");
   hidapi.deviceCount = 2;
   window.RefreshDevice();

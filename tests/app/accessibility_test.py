@@ -86,8 +86,10 @@ def press(*keys):
 
 def focus(title):
     eventually(lambda: window(title), title)
-    subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", f"^{title}$", "windowfocus", "--sync"],
-                   check=True, stdout=subprocess.DEVNULL)
+    # It fails while the server has not shown the window yet.
+    command = ["xdotool", "search", "--onlyvisible", "--name", f"^{title}$", "windowfocus", "--sync"]
+    eventually(lambda: subprocess.run(command, stdout=subprocess.DEVNULL, check=False).returncode == 0,
+               f"the focus on {title}")
 
 
 def make_package(folder):

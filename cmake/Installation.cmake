@@ -24,7 +24,7 @@ function(hollin_install_bundle_program name)
 endfunction()
 
 # An icon in the sizes that desktops ask for, drawn from the same picture.
-function(hollin_install_icon source name)
+function(hollin_install_icon_sizes source name)
   find_program(RSVG_CONVERT rsvg-convert REQUIRED)
   foreach(size IN LISTS HOLLIN_ICON_SIZES)
     set(icon "${PROJECT_BINARY_DIR}/icons/${size}/${name}.png")
@@ -36,7 +36,6 @@ function(hollin_install_icon source name)
     install(FILES "${icon}" DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps")
   endforeach()
   add_custom_target(icons ALL DEPENDS ${icons})
-  install(FILES "${source}" DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
 endfunction()
 
 # A manual page, made of what the program itself says with --help and of what packaging/man/ adds.
@@ -72,8 +71,8 @@ hollin_install_completions(hollin-cli ts30-simulator)
 install(FILES packaging/Config.ini DESTINATION "${HOLLIN_SETTINGS_DIR}")
 hollin_install_link("${HOLLIN_SETTINGS_DIR}/Config.ini" "${HOLLIN_PRIVATE_DIR}" Config.ini)
 install(FILES packaging/udev/70-ts30.rules DESTINATION lib/udev/rules.d)
-install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" PATTERN images EXCLUDE)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY examples/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples" FILES_MATCHING PATTERN "*.ini")
 
 if(HOLLIN_WINDOW)
@@ -90,6 +89,8 @@ if(HOLLIN_WINDOW)
   configure_file(packaging/com.tovari.Hollin.service.in com.tovari.Hollin.service @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/com.tovari.Hollin.service"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/dbus-1/services")
+  install(FILES packaging/icons/com.tovari.Hollin.svg
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
   install(FILES packaging/icons/com.tovari.Hollin-symbolic.svg
     DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/symbolic/apps")
 endif()

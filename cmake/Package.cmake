@@ -6,7 +6,7 @@ hollin_install_manual(hollin-cli)
 hollin_install_manual(ts30-simulator)
 if(HOLLIN_WINDOW)
   hollin_install_manual(hollin)
-  hollin_install_icon("${PROJECT_SOURCE_DIR}/packaging/icons/com.tovari.Hollin.svg" com.tovari.Hollin)
+  hollin_install_icon_sizes("${PROJECT_SOURCE_DIR}/packaging/icons/com.tovari.Hollin.svg" com.tovari.Hollin)
 endif()
 
 # Packages to try the programs with, and no more than that.

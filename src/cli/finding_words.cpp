@@ -60,7 +60,7 @@ constexpr std::array kWords = {
           "Save the description as UTF-8 without a byte order mark."},
     Words{FindingCode::kLineTooLong, "line-too-long",
           "The line is longer than 99 bytes: what follows them is read as a further line.",
-          "Keep every line, comments too, below 99 bytes."},
+          "Keep every line, comments too, at most 99 bytes long."},
     Words{FindingCode::kLineNotUtf8, "line-not-utf8",
           "The line is not UTF-8 and is skipped. (It may have been cut inside a character, after "
           "99 bytes.)",
@@ -113,9 +113,9 @@ constexpr std::array kWords = {
     Words{FindingCode::kA1DataLengthZero, "a1-data-length-zero",
           "\"Data Length\" is 0, which counts as 65536.", "Write what is meant."},
     Words{FindingCode::kA1DataLengthAbove65536, "a1-data-length-above-65536",
-          "\"Data Length\" is {number}, but the keyboard is told the low 16 bits of a block's "
-          "length ({other}).",
-          "Use at most 65536, which is announced as 0."},
+          "A block has {number} bytes, but the keyboard is told the low 16 bits of that "
+          "({other}).",
+          "Use a \"Data Length\" of at most 65536, which is announced as 0."},
     Words{
         FindingCode::kA1SeveralBlocks, "a1-several-blocks",
         "The image is written in {number} blocks. The format settles the length of the last "

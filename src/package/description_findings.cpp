@@ -97,7 +97,8 @@ void DescriptionFindings::Take(const DescriptionNote& note) {
     case DescriptionRemark::kHeader:
       return TakeHeader(note);
     case DescriptionRemark::kHeaderTail:
-      return Add(FindingCode::kHeaderTail, note, note.text);
+      if (!BeginsComment(note.text)) Add(FindingCode::kHeaderTail, note, note.text);
+      return;
     default:
       break;
   }
@@ -178,7 +179,6 @@ void DescriptionFindings::TakeNumber(const DescriptionNote& note) {
   if (!AXUpdate::ParseNumber(note.text, value)) return;
   if (const auto code = SurpriseIn(note.text)) Add(*code, note, note.text, value);
   if (type != kTypeA1 || !EqualsIgnoringCase(KeyOf(note.lineText), "Data Length")) return;
-  dataLength = value;
   if (value == 0) Add(FindingCode::kA1DataLengthZero, note, {});
 }
 
@@ -194,6 +194,10 @@ void DescriptionFindings::TakeCycle(const DescriptionNote& note) {
     Add(FindingCode::kA2CycleOrder, note, key, *digits, last.digits);
   }
   last = {.digits = *digits, .isKnown = true};
+}
+
+bool DescriptionFindings::BeginsComment(std::string_view text) const {
+  return StartsWith(text, ";") || StartsWith(text, type == kTypeA1 ? "--" : "//");
 }
 
 bool DescriptionFindings::HasForeignMark(std::string_view line) const {

@@ -32,8 +32,6 @@ class DescriptionFindings {
   void Finish();
 
   [[nodiscard]] const std::optional<FailedLine>& Failed() const { return failed; }
-  // What the last "Data Length" of an A1 description said; the updater shortens its own.
-  [[nodiscard]] std::optional<uint32_t> DataLength() const { return dataLength; }
 
  private:
   struct LastCycle {
@@ -50,12 +48,12 @@ class DescriptionFindings {
   void TakeNumber(const DescriptionNote& note);
   void TakeCycle(const DescriptionNote& note);
   [[nodiscard]] bool HasForeignMark(std::string_view line) const;
+  [[nodiscard]] bool BeginsComment(std::string_view text) const;
 
   uint16_t type;
   size_t pack;
   FindingList& findings;
   std::optional<FailedLine> failed;
-  std::optional<uint32_t> dataLength;
   std::map<const void*, size_t> settingLines;
   std::map<const void*, LastCycle> lastCycles;
   size_t longLine = 0;  // the last that was told

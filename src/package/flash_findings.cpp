@@ -53,13 +53,13 @@ ByteView ImageOf(const AXUpdate& updater) {
   return {updater.image.get(), static_cast<size_t>(updater.imageLength)};
 }
 
-void FindInA1(const A1Update& updater, std::optional<uint32_t> describedDataLength,
-              const Findings& findings) {
+void FindInA1(const A1Update& updater, const Findings& findings) {
   const A1Description& flash = updater.flash;
   findings.Truncated("Chip Type", flash.mode, kLargestByte);
-  if (describedDataLength.value_or(0) > kLongestA1Block) {
-    findings.Add(FindingCode::kA1DataLengthAbove65536, *describedDataLength,
-                 *describedDataLength & kLargestWord);
+  // The updater has shortened it to an image that is shorter, so the first block is that long.
+  if (flash.dataLength > kLongestA1Block) {
+    findings.Add(FindingCode::kA1DataLengthAbove65536, flash.dataLength,
+                 flash.dataLength & kLargestWord);
   }
   const uint32_t blocks = updater.StepCount() - 2;
   if (blocks > 1) findings.Add(FindingCode::kA1SeveralBlocks, blocks, flash.dataLength);
@@ -126,6 +126,22 @@ void FindDroppedBytes(const A2Update& updater, const Findings& findings) {
   }
 }
 
+// What the image has for a planned sector, in bytes: the last one gets the rest.
+uint64_t BytesFor(const A2Update& updater, uint32_t sector) {
+  const std::vector<uint32_t>& sectors = updater.flash.sectorAddrs;
+  const uint64_t start = (uint64_t{sectors[sector]} - sectors.front()) * kWordSize;
+  return std::min<uint64_t>(updater.SectorSize(sector), updater.bytesToWrite - start);
+}
+
+// Whether any sector that is written has so many words for it. Of a plan inside the image.
+bool HasBlockOf(const A2Update& updater, uint32_t words) {
+  for (uint32_t sector = 0; sector < updater.plannedSectors; sector++) {
+    if (updater.IsReserved(sector)) continue;
+    if (BytesFor(updater, sector) / kWordSize >= words) return true;
+  }
+  return false;
+}
+
 void FindInA2Plan(const A2Update& updater, const Findings& findings) {
   const A2Description& flash = updater.flash;
   const std::vector<uint32_t>& sectors = flash.sectorAddrs;
@@ -137,11 +153,7 @@ void FindInA2Plan(const A2Update& updater, const Findings& findings) {
   if (updater.bytesToWrite == 0) findings.Add(FindingCode::kA2NothingToWrite, flash.fileOffset);
   if (updater.bytesToWrite % kWordSize != 0) findings.Add(FindingCode::kA2OddByteDropped);
   FindDroppedBytes(updater, findings);
-  bool hasLongBlock = false;
-  for (uint32_t sector = 0; sector < updater.plannedSectors; sector++) {
-    hasLongBlock |= updater.SectorSize(sector) / kWordSize >= kBlockAnnouncedAsZero;
-  }
-  if (flash.blockSize == kBlockAnnouncedAsZero && hasLongBlock) {
+  if (flash.blockSize == kBlockAnnouncedAsZero && HasBlockOf(updater, kBlockAnnouncedAsZero)) {
     findings.Add(FindingCode::kA2BlockAnnouncedAsZero);
   }
 }
@@ -194,11 +206,10 @@ void FindInC1(C1Update& updater, const Findings& findings) {
 
 }  // namespace
 
-void FindInFlash(AXUpdate& updater, size_t pack, std::optional<uint32_t> describedDataLength,
-                 FindingList& list) {
+void FindInFlash(AXUpdate& updater, size_t pack, FindingList& list) {
   const Findings findings(pack, list);
   if (const auto* a1 = dynamic_cast<const A1Update*>(&updater)) {
-    FindInA1(*a1, describedDataLength, findings);
+    FindInA1(*a1, findings);
   } else if (const auto* a2 = dynamic_cast<const A2Update*>(&updater)) {
     FindInA2(*a2, findings);
   } else if (auto* c1 = dynamic_cast<C1Update*>(&updater)) {

@@ -3,16 +3,14 @@
 // have meant.
 #pragma once
 
-#include <cstdint>
-#include <optional>
+#include <cstddef>
 
 #include "device/ax_update.h"
 #include "package/finding.h"
 
 namespace hollin {
 
-// Looks at a loaded updater. `describedDataLength` is what an A1 description said.
-void FindInFlash(AXUpdate& updater, size_t pack, std::optional<uint32_t> describedDataLength,
-                 FindingList& findings);
+// Looks at a loaded updater.
+void FindInFlash(AXUpdate& updater, size_t pack, FindingList& findings);
 
 }  // namespace hollin

@@ -84,7 +84,7 @@ void LoadPacks(ByteView file, PackageInspection& inspection) {
     notes[i].Finish();
     inspection.failedLines[i] = notes[i].Failed();
     if (updater->StepCount() == 0) continue;
-    FindInFlash(*inspection.updaters[i], i, notes[i].DataLength(), inspection.findings);
+    FindInFlash(*inspection.updaters[i], i, inspection.findings);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "updaters/a1_update.h"
+#include "updaters/a2_erase_timer.h"
 #include "updaters/a2_update.h"
 #include "updaters/c1_update.h"
 
@@ -11,13 +12,11 @@ namespace hollin {
 namespace {
 
 constexpr uint64_t kPauseAfterStep = 500;
-constexpr uint64_t kPayload = 55;   // bytes of a message in one report
-constexpr uint64_t kExchange = 2;   // a command and its reply, one report each
-constexpr uint64_t kMessage = 64;   // A1: bytes of a block's data in one message
-constexpr uint64_t kChunk = 8192;   // C1: bytes of data behind one header
-constexpr uint64_t kA2Polls = 2;    // an erased sector must be read twice
-constexpr uint64_t kA2Erase = 720;  // the pauses before them
-constexpr uint64_t kC1Erase = 20;   // before the one poll
+constexpr uint64_t kPayload = 55;  // bytes of a message in one report
+constexpr uint64_t kExchange = 2;  // a command and its reply, one report each
+constexpr uint64_t kMessage = 64;  // A1: bytes of a block's data in one message
+constexpr uint64_t kChunk = 8192;  // C1: bytes of data behind one header
+constexpr uint64_t kC1Erase = 20;  // before the one poll
 constexpr uint64_t kWordSize = 2;
 
 uint64_t Ceiling(uint64_t a, uint64_t b) { return a / b + (a % b != 0 ? 1 : 0); }
@@ -52,10 +51,26 @@ uint64_t A2CyclesReports(const A2Description& flash) {
          EchoedReports(4 + uint64_t{4} * flash.programBufferCycleCount);
 }
 
+// The erase of one sector, which must be read as erased twice.
+UpdateEffort A2EraseEffort(const A2Description& flash) {
+  constexpr auto kFirst = static_cast<uint64_t>(A2EraseTimer::kFirstPause.count());
+  constexpr auto kLater = static_cast<uint64_t>(A2EraseTimer::kLaterPause.count());
+  const uint64_t cycles = kExchange * flash.eraseCycleCount;
+  if (flash.maxSectorEraseTime >= kFirst) {
+    return {.pauses = kFirst + kLater, .reports = cycles + kExchange * 2};
+  }
+  // Late at the first look already: each erase begins the next one inside it, and the sixth gives
+  // up. Then each of the other five looks a second time.
+  constexpr uint64_t kErases = 6;
+  constexpr uint64_t kSecondLooks = kErases - 1;
+  return {.pauses = kErases * kFirst + kSecondLooks * kLater,
+          .reports = kErases * cycles + kExchange * (kErases + kSecondLooks)};
+}
+
 UpdateEffort EffortOfA2(const A2Update& updater) {
   if (!updater.IsPlanInsideImage()) return {};  // nothing will be written
-  const uint64_t perSector = kExchange * updater.flash.eraseCycleCount + kExchange * kA2Polls +
-                             A2CyclesReports(updater.flash) + kExchange;  // and its verification
+  const UpdateEffort erase = A2EraseEffort(updater.flash);
+  const uint64_t perSector = A2CyclesReports(updater.flash) + kExchange;  // and its verification
   UpdateEffort effort;
   uint32_t done = 0;
   for (uint32_t sector = 0; sector < updater.plannedSectors; sector++) {
@@ -63,8 +78,8 @@ UpdateEffort EffortOfA2(const A2Update& updater) {
     const uint32_t bytes = isLast ? updater.bytesToWrite - done : updater.SectorSize(sector);
     done += updater.SectorSize(sector);
     if (updater.IsReserved(sector)) continue;
-    effort +=
-        {.pauses = kA2Erase, .reports = perSector + A2BlocksReports(updater, bytes / kWordSize)};
+    effort += erase;
+    effort.reports += perSector + A2BlocksReports(updater, bytes / kWordSize);
   }
   return effort;
 }

@@ -56,6 +56,19 @@ TEST(UpdateEffortTest, OfC1) {
   EXPECT_EQ(effort.pauses, 5 * 500U + 3 * 20);
 }
 
+// Six erases a sector: 4 reports of cycles and a poll of 2 each, and 2 for a second look inside all
+// but the innermost. Their pauses are 700 ms each, and 20 before each second look.
+TEST(UpdateEffortTest, OfA2WithAnEraseTimeBelowTheFirstLook) {
+  for (const PackageRecipe& recipe : PackagesWithFindings()) {
+    if (recipe.code != "a2-erase-time-short") continue;
+    const UpdateEffort effort = InspectPackage(recipe.package).effort;
+    EXPECT_EQ(effort.reports, 2U + 2 + (24 + 12 + 10 + 4) * 2 + 14 * 4 + 14 + 12);
+    EXPECT_EQ(effort.pauses, 4 * 500U + 2 * (6 * 700 + 5 * 20));
+    return;
+  }
+  FAIL() << "no such recipe";
+}
+
 TEST(UpdateEffortTest, OfTwoPacksHasOneEnd) {
   EXPECT_EQ(EffortOfRecipe("sound-c1-a2").reports,
             EffortOfRecipe("sound-c1").reports + EffortOfRecipe("sound-a2").reports - 2);

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// When a finding is made and when it is not, at the boundaries. That each is made at all, and its
+// words, is held by the golden files.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "package/package_inspection.h"
+#include "package/package_writer.h"
+#include "tests/support/hex_bytes.h"
+
+namespace hollin {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+std::vector<Finding> FindingsOf(FindingCode code, const std::string& type,
+                                const std::string& description, size_t imageSize) {
+  const Bytes image = Counting(imageSize);
+  const PackageContents contents{.productModel = "TS30",
+                                 .firmwareVersion = "2.0.1",
+                                 .keys = {"Shift"},
+                                 .packs = {{type, ViewOf(description), image}}};
+  Bytes file;
+  EXPECT_EQ(WritePackage(contents, file), PackRefusal::kNone);
+  const PackageInspection inspection = InspectPackage(file);
+  EXPECT_TRUE(inspection.isValid) << description;
+  std::vector<Finding> found;
+  for (const Finding& finding : inspection.findings.All()) {
+    if (finding.code == code) found.push_back(finding);
+  }
+  return found;
+}
+
+std::string A1(const std::string& dataLength) {
+  return "[Chip Info]\nChip Size=0x100000\n[Transmission Info]\nData Length=" + dataLength + "\n";
+}
+
+std::vector<uint64_t> AnnouncedLengths(const std::string& dataLength, size_t imageSize) {
+  std::vector<uint64_t> numbers;
+  for (const Finding& finding :
+       FindingsOf(FindingCode::kA1DataLengthAbove65536, "A1", A1(dataLength), imageSize)) {
+    numbers.push_back(finding.number);
+    numbers.push_back(finding.other);
+  }
+  return numbers;
+}
+
+TEST(A1BlockLengthTest, IsThatOfTheBlockAndNotOfTheDescription) {
+  EXPECT_THAT(AnnouncedLengths("131072", 70000), ElementsAre(70000, 4464));
+  EXPECT_THAT(AnnouncedLengths("131072", 200000), ElementsAre(131072, 0));
+}
+
+TEST(A1BlockLengthTest, IsFoundFrom65537BytesOn) {
+  EXPECT_THAT(AnnouncedLengths("131072", 65535), IsEmpty());
+  EXPECT_THAT(AnnouncedLengths("131072", 65536), IsEmpty());
+  EXPECT_THAT(AnnouncedLengths("131072", 65537), ElementsAre(65537, 1));
+  EXPECT_THAT(AnnouncedLengths("65536", 65537), IsEmpty());
+}
+
+// Sectors of 65536 words, one of them reserved, in blocks of as many.
+std::string A2(const std::string& reserved) {
+  return "[Flash Modle]\nx\n[Reserved Sector]\n" + reserved +
+         "\n[Block Size]\nSize=65536\n[Sector Erase Cycle]\nEraseCycles=0\n"
+         "[Program Cycle]\nProgramCycles=0\n[Write Buffer Cycle]\nWriteBufferCycles=0\n"
+         "[Program Buffer Cycle]\nProgramBufferCycles=0\n"
+         "[Sector Address List]\n0\n0x10000\n0x20000\n0x30000\n";
+}
+
+size_t LongBlocks(const std::string& reserved, size_t imageSize) {
+  return FindingsOf(FindingCode::kA2BlockAnnouncedAsZero, "A2", A2(reserved), imageSize).size();
+}
+
+TEST(A2BlockAnnouncedAsZeroTest, CountsTheWordsThatTheImageHasForASector) {
+  EXPECT_EQ(LongBlocks("0x30000", 131071), 0U);
+  EXPECT_EQ(LongBlocks("0x30000", 131072), 1U);
+  EXPECT_EQ(LongBlocks("0x30000", 131073), 1U);
+}
+
+TEST(A2BlockAnnouncedAsZeroTest, DoesNotCountReservedSectors) {
+  EXPECT_EQ(LongBlocks("0", 131072), 0U);
+  EXPECT_EQ(LongBlocks("0", 131072 + 131070), 0U);
+  EXPECT_EQ(LongBlocks("0", 131072 + 131072), 1U);
+}
+
+size_t Tails(const std::string& type, const std::string& tail) {
+  const std::string description = type == "A1" ? "[Chip Info]" + tail + "\nChip Size=64K\n"
+                                               : "[Reserved Sector]" + tail + "\n0x10000\n";
+  return FindingsOf(FindingCode::kHeaderTail, type, description, 100).size();
+}
+
+TEST(HeaderTailTest, ACommentOfThatKindMayFollowAHeader) {
+  EXPECT_EQ(Tails("A1", " -- the chip"), 0U);
+  EXPECT_EQ(Tails("A1", "; the chip"), 0U);
+  EXPECT_EQ(Tails("C1", " // the boot sector"), 0U);
+  EXPECT_EQ(Tails("C1", " ; the boot sector"), 0U);
+}
+
+TEST(HeaderTailTest, WhatIsNoCommentOfThatKindIsFound) {
+  EXPECT_EQ(Tails("A1", " // the chip"), 1U);
+  EXPECT_EQ(Tails("C1", " -- the boot sector"), 1U);
+  EXPECT_EQ(Tails("C1", " 0x20000"), 1U);
+}
+
+}  // namespace
+}  // namespace hollin

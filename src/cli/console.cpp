@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "cli/console.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <iostream>
 
@@ -26,10 +29,23 @@ bool CanDraw() {
   return !isDumb && isatty(STDOUT_FILENO) != 0;
 }
 
+// A stream that is closed takes everything, by failing.
+bool TakesLines() {
+  std::array<pollfd, 2> streams = {{{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0},
+                                    {.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0}}};
+  static_cast<void>(poll(streams.data(), streams.size(), 0));
+  return std::all_of(streams.begin(), streams.end(),
+                     [](const pollfd& stream) { return stream.revents != 0; });
+}
+
 }  // namespace
 
 Console StandardConsole() {
-  return {.out = std::cout, .err = std::cerr, .canDraw = CanDraw(), .width = TerminalWidth};
+  return {.out = std::cout,
+          .err = std::cerr,
+          .canDraw = CanDraw(),
+          .width = TerminalWidth,
+          .takesLines = TakesLines};
 }
 
 void PrintLine(std::ostream& stream, std::string_view text) {

@@ -13,21 +13,20 @@ namespace {
 struct OutcomeWords {
   std::string_view name;
   std::string_view message;
-  ExitCode exitCode;
 };
 
 OutcomeWords WordsOf(UpdateOutcome outcome) {
   switch (outcome) {
     case UpdateOutcome::kSucceeded:
-      return {"succeeded", words::kUpdateCompleted, ExitCode::kDone};
+      return {"succeeded", words::kUpdateCompleted};
     case UpdateOutcome::kSucceededUnacknowledged:
-      return {"succeeded", words::kUpdateCompleted, ExitCode::kDone};
+      return {"succeeded", words::kUpdateCompleted};
     case UpdateOutcome::kStopped:
-      return {"stopped", words::kUpdateStopped, ExitCode::kInterrupted};
+      return {"stopped", words::kUpdateStopped};
     case UpdateOutcome::kFailed:
       break;
   }
-  return {"failed", words::kUpdateError, ExitCode::kFailed};
+  return {"failed", words::kUpdateError};
 }
 
 std::string Joined(const std::vector<std::string>& lines) {
@@ -55,31 +54,32 @@ void JsonDisplay::Start(const UpdatePlan& newPlan) {
   for (const UpdatePlan::Pack& pack : plan.packs) {
     packs.push_back({{"dataType", pack.dataType}, {"steps", pack.steps}});
   }
-  PrintJsonLine(console.out, {{"event", "start"},
-                              {"productModel", plan.productModel},
-                              {"firmwareVersion", plan.firmwareVersion},
-                              {"totalSteps", plan.TotalSteps()},
-                              {"packs", packs}});
+  PrintEvent({{"event", "start"},
+              {"productModel", plan.productModel},
+              {"firmwareVersion", plan.firmwareVersion},
+              {"totalSteps", plan.TotalSteps()},
+              {"packs", packs}});
 }
 
 void JsonDisplay::StepCompleted(int32_t step) {
   const std::lock_guard lock(mutex);
   completed = step + 1;
-  PrintJsonLine(console.out, {{"event", "step"},
-                              {"step", step},
-                              {"name", plan.StepName(step)},
-                              {"totalSteps", plan.TotalSteps()},
-                              {"elapsedMilliseconds", Elapsed()}});
+  PrintEvent({{"event", "step"},
+              {"step", step},
+              {"name", plan.StepName(step)},
+              {"totalSteps", plan.TotalSteps()},
+              {"elapsedMilliseconds", Elapsed()}});
 }
 
 void JsonDisplay::Notice(std::string_view text) {
-  const std::lock_guard lock(mutex);
-  PrintJsonLine(console.out, {{"event", "notice"}, {"message", text}});
+  const std::unique_lock lock(mutex, kLongestWaitForLine);
+  if (!lock || !console.takesLines()) return;
+  PrintEvent({{"event", "notice"}, {"message", text}});
 }
 
-void JsonDisplay::Finish(UpdateOutcome outcome, const FailureRecord& failures) {
+void JsonDisplay::Finish(UpdateOutcome outcome, ExitCode exitCode, const FailureRecord& failures) {
   const std::lock_guard lock(mutex);
-  const auto [name, message, exitCode] = WordsOf(outcome);
+  const auto [name, message] = WordsOf(outcome);
   Json json = {{"event", "end"},
                {"outcome", name},
                {"message", message},
@@ -87,17 +87,23 @@ void JsonDisplay::Finish(UpdateOutcome outcome, const FailureRecord& failures) {
                {"elapsedMilliseconds", Elapsed()}};
   if (outcome == UpdateOutcome::kSucceededUnacknowledged) json["warning"] = words::kNotAcknowledged;
   if (outcome == UpdateOutcome::kFailed) json["failure"] = FailureJson(failures.OfStep());
-  PrintJsonLine(console.out, json);
+  PrintEvent(json);
+  hasEnded = true;
 }
 
 void JsonDisplay::Abandon() {
   const std::unique_lock lock(mutex, std::try_to_lock);
-  if (!lock) return;
-  PrintJsonLine(console.out, {{"event", "end"},
-                              {"outcome", "abandoned"},
-                              {"message", words::kUpdateStopped},
-                              {"exitCode", static_cast<int>(ExitCode::kInterrupted)},
-                              {"elapsedMilliseconds", Elapsed()}});
+  if (!lock || !console.takesLines()) return;
+  PrintEvent({{"event", "end"},
+              {"outcome", "abandoned"},
+              {"message", words::kUpdateStopped},
+              {"exitCode", static_cast<int>(ExitCode::kInterrupted)},
+              {"elapsedMilliseconds", Elapsed()}});
+  hasEnded = true;
+}
+
+void JsonDisplay::PrintEvent(const Json& event) {
+  if (!hasEnded) PrintJsonLine(console.out, event);
 }
 
 int64_t JsonDisplay::Elapsed() const {

@@ -26,18 +26,20 @@ class JsonDisplay final : public UpdateDisplay {
   void Tick() override {}
   void Notice(std::string_view text) override;
   void LogLine(std::string_view /*line*/) override {}  // the system log has it
-  void Finish(UpdateOutcome outcome, const FailureRecord& failures) override;
+  void Finish(UpdateOutcome outcome, ExitCode exitCode, const FailureRecord& failures) override;
   void Abandon() override;
 
  private:
+  void PrintEvent(const Json& event);
   [[nodiscard]] int64_t Elapsed() const;
   [[nodiscard]] Json FailureJson(const RecordedFailure& failure) const;
 
   Console console;
   Clock clock;
-  std::mutex mutex;  // guards everything below and the stream
+  std::timed_mutex mutex;  // guards everything below and the stream
   UpdatePlan plan;
   int32_t completed = 0;
+  bool hasEnded = false;  // nothing follows the event "end"
   std::chrono::steady_clock::time_point start;
 };
 

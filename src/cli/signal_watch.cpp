@@ -43,6 +43,16 @@ void HoldBackSignals() {
   static_cast<void>(pthread_sigmask(SIG_BLOCK, &watched, nullptr));
 }
 
+bool IsSignalHeldBack() {
+  const sigset_t watched = WatchedSignals();
+  sigset_t pending;
+  sigset_t both;
+  sigemptyset(&pending);
+  static_cast<void>(sigpending(&pending));
+  sigdelset(&pending, kWakeUp);
+  return sigandset(&both, &watched, &pending) == 0 && sigisemptyset(&both) == 0;
+}
+
 SignalWatch::SignalWatch(Actions watchActions)
     : actions(std::move(watchActions)), thread([this] { Watch(); }) {}
 

@@ -19,6 +19,9 @@ namespace hollin {
 // for a SignalWatch. Signals that are ignored (nohup, a job in the background) stay ignored.
 void HoldBackSignals();
 
+// Whether a signal has arrived that waits for a SignalWatch.
+[[nodiscard]] bool IsSignalHeldBack();
+
 class SignalWatch {
  public:
   // All are called on the watching thread.

@@ -46,12 +46,13 @@ void TextDisplay::StepCompleted(int32_t step) {
 }
 
 void TextDisplay::Tick() {
-  const std::lock_guard lock(mutex);
-  if (isRunning) DrawBar();
+  const std::unique_lock lock(mutex, std::try_to_lock);
+  if (lock && console.takesLines() && isRunning) DrawBar();
 }
 
 void TextDisplay::Notice(std::string_view text) {
-  const std::lock_guard lock(mutex);
+  const std::unique_lock lock(mutex, kLongestWaitForLine);
+  if (!lock || !console.takesLines()) return;
   LeaveBar();  // the terminal has put "^C" into it
   PrintError(text);
   if (isRunning) DrawBar();
@@ -64,7 +65,8 @@ void TextDisplay::LogLine(std::string_view line) {
   if (isRunning) DrawBar();
 }
 
-void TextDisplay::Finish(UpdateOutcome outcome, const FailureRecord& failures) {
+void TextDisplay::Finish(UpdateOutcome outcome, ExitCode /*exitCode*/,
+                         const FailureRecord& failures) {
   const std::lock_guard lock(mutex);
   DrawBar();
   LeaveBar();
@@ -84,7 +86,7 @@ void TextDisplay::Finish(UpdateOutcome outcome, const FailureRecord& failures) {
 
 void TextDisplay::Abandon() {
   const std::unique_lock lock(mutex, std::try_to_lock);
-  if (lock) LeaveBar();
+  if (lock && console.takesLines()) LeaveBar();
 }
 
 void TextDisplay::DrawBar() {

@@ -28,7 +28,7 @@ class TextDisplay final : public UpdateDisplay {
   void Tick() override;
   void Notice(std::string_view text) override;
   void LogLine(std::string_view line) override;
-  void Finish(UpdateOutcome outcome, const FailureRecord& failures) override;
+  void Finish(UpdateOutcome outcome, ExitCode exitCode, const FailureRecord& failures) override;
   void Abandon() override;
 
  private:
@@ -41,7 +41,7 @@ class TextDisplay final : public UpdateDisplay {
 
   Console console;
   Clock clock;
-  std::mutex mutex;  // guards everything below and the streams
+  std::timed_mutex mutex;  // guards everything below and the streams
   UpdatePlan plan;
   UpdateProgress progress;
   std::chrono::steady_clock::time_point start;

@@ -3,6 +3,10 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
+#include <mutex>
+
 #include "app/instance_lock.h"
 #include "app/update_loop.h"
 #include "base/log.h"
@@ -38,13 +42,46 @@ class LogToDisplay {
   LogToDisplay& operator=(const LogToDisplay&) = delete;
 };
 
-[[noreturn]] void Leave(const DatFileExamine& datFile, UpdateDisplay& display) {
-  datFile.DeleteTempFiles();
-  display.Abandon();
-  _exit(static_cast<int>(ExitCode::kInterrupted));
-}
+// Who ends the program: the update that is over, or a signal that arrives before that. Only one of
+// them may tell the end.
+class Ending {
+ public:
+  // For the thread that runs the update, when it is over. Does not return where a signal was first.
+  void Finish(UpdateDisplay& display, UpdateOutcome outcome, ExitCode code,
+              const FailureRecord& failures) {
+    const std::lock_guard lock(finishing);
+    exitCode = code;
+    if (isTaken.exchange(true)) AwaitExit();
+    display.Finish(outcome, code, failures);
+  }
 
-ExitCode ExitCodeOf(UpdateOutcome outcome) {
+  // For the thread that waits for signals. Returns where the update is over and has told so.
+  void Leave(const DatFileExamine& datFile, UpdateDisplay& display) {
+    if (isTaken.exchange(true)) return LeaveFinished(datFile);
+    datFile.DeleteTempFiles();
+    display.Abandon();
+    _exit(static_cast<int>(ExitCode::kInterrupted));
+  }
+
+ private:
+  // The end is being told, which takes for ever where the output is stalled.
+  void LeaveFinished(const DatFileExamine& datFile) {
+    const std::unique_lock lock(finishing, std::chrono::seconds(1));
+    if (lock) return;
+    datFile.DeleteTempFiles();
+    _exit(static_cast<int>(exitCode.load()));
+  }
+  [[noreturn]] static void AwaitExit() {
+    while (true) pause();
+  }
+
+  std::atomic<bool> isTaken = false;
+  std::atomic<ExitCode> exitCode = ExitCode::kInterrupted;
+  std::timed_mutex finishing;
+};
+
+// Whoever has stopped an update gets the code for that, whatever became of the step at work.
+ExitCode ExitCodeOf(UpdateOutcome outcome, bool isStopWanted) {
   switch (outcome) {
     case UpdateOutcome::kSucceeded:
     case UpdateOutcome::kSucceededUnacknowledged:
@@ -54,7 +91,7 @@ ExitCode ExitCodeOf(UpdateOutcome outcome) {
     case UpdateOutcome::kFailed:
       break;
   }
-  return ExitCode::kFailed;
+  return isStopWanted ? ExitCode::kInterrupted : ExitCode::kFailed;
 }
 
 ExitCode Refuse(UpdateDisplay& display, ExitCode exitCode, std::string_view code,
@@ -63,11 +100,19 @@ ExitCode Refuse(UpdateDisplay& display, ExitCode exitCode, std::string_view code
   return exitCode;
 }
 
+// A refusal after signals were held back: one that has arrived since then ends the program.
+ExitCode RefuseLate(UpdateDisplay& display, ExitCode exitCode, std::string_view code,
+                    const std::vector<std::string>& lines) {
+  if (!IsSignalHeldBack()) return Refuse(display, exitCode, code, lines);
+  return Refuse(display, ExitCode::kInterrupted, "interrupted", {std::string(words::kInterrupted)});
+}
+
 ExitCode Update(DatFileExamine& datFile, FailureRecord& failures, UpdateDisplay& display) {
   display.Start(PlanOf(datFile));
+  Ending ending;
   const SignalWatch signals({.first = [&] { display.Notice(words::kAdviceNotToStop); },
                              .second = [&] { display.Notice(words::kStopping); },
-                             .leave = [&] { Leave(datFile, display); },
+                             .leave = [&] { ending.Leave(datFile, display); },
                              .tick = [&] { display.Tick(); }});
   const auto progress = [&](int32_t value) {
     if (value < 0) return;  // the outcome tells that better
@@ -76,8 +121,9 @@ ExitCode Update(DatFileExamine& datFile, FailureRecord& failures, UpdateDisplay&
   };
   const UpdateOutcome outcome =
       RunUpdate(datFile, progress, [&] { return signals.IsStopWanted(); });
-  display.Finish(outcome, failures);
-  return ExitCodeOf(outcome);
+  const ExitCode exitCode = ExitCodeOf(outcome, signals.IsStopWanted());
+  ending.Finish(display, outcome, exitCode, failures);
+  return exitCode;
 }
 
 }  // namespace
@@ -98,17 +144,17 @@ ExitCode RunUpdateCommand(const UpdateArguments& arguments, UpdateDisplay& displ
   HoldBackSignals();  // from here on there are temporary files to remove
   const TempFiles tempFiles(datFile);
   if (!datFile.ExamineDatFile()) {
-    return Refuse(display, ExitCode::kPackage, "invalid",
-                  {std::string(words::kFormatError) + arguments.package});
+    return RefuseLate(display, ExitCode::kPackage, "invalid",
+                      {std::string(words::kFormatError) + arguments.package});
   }
   const uint32_t count = HidDevice::DeviceCount();
   if (count > 1) {
-    return Refuse(display, ExitCode::kKeyboard, "several-keyboards",
-                  {std::string(words::kMoreThanOneDevice)});
+    return RefuseLate(display, ExitCode::kKeyboard, "several-keyboards",
+                      {std::string(words::kMoreThanOneDevice)});
   }
   if (count == 0) {
-    return Refuse(display, ExitCode::kKeyboard, "no-keyboard",
-                  words::LinesOfNotConnected(datFile.NotConnectedMessage()));
+    return RefuseLate(display, ExitCode::kKeyboard, "no-keyboard",
+                      words::LinesOfNotConnected(datFile.NotConnectedMessage()));
   }
   return Update(datFile, failures, display);
 }

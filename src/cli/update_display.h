@@ -27,13 +27,14 @@ class UpdateDisplay {
 
   virtual void Start(const UpdatePlan& plan) = 0;
   virtual void StepCompleted(int32_t step) = 0;
-  virtual void Tick() = 0;                          // time has passed
-  virtual void Notice(std::string_view text) = 0;   // an answer to the user's Ctrl-C
   virtual void LogLine(std::string_view line) = 0;  // the system log's copy for the terminal
-  virtual void Finish(UpdateOutcome outcome, const FailureRecord& failures) = 0;
+  virtual void Finish(UpdateOutcome outcome, ExitCode exitCode, const FailureRecord& failures) = 0;
 
-  // The program ends now, in whatever the other thread is doing: never waits for it.
-  virtual void Abandon() = 0;
+  // From the thread that waits for signals, which must be there for the next one: where the output
+  // takes nothing or the other thread is stuck in it, nothing is shown.
+  virtual void Tick() = 0;                         // time has passed
+  virtual void Notice(std::string_view text) = 0;  // an answer to the user's Ctrl-C
+  virtual void Abandon() = 0;  // the program ends now, in whatever the other thread is doing
 };
 
 }  // namespace hollin

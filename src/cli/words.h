@@ -20,6 +20,7 @@ inline constexpr std::string_view kAnotherAtWork = "another Hollin is at work";
 
 inline constexpr std::string_view kUpdateStopped =
     "Update stopped. The keyboard must be updated again before it can be used.";
+inline constexpr std::string_view kInterrupted = "Interrupted before anything was written.";
 inline constexpr std::string_view kNotAcknowledged =
     "Warning: the keyboard did not acknowledge the end of the update.";
 inline constexpr std::string_view kAdviceNotToStop =

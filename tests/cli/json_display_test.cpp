@@ -63,23 +63,52 @@ TEST_F(JsonDisplayTest, AnswersToCtrlCAreNotices) {
 
 TEST_F(JsonDisplayTest, TheEndTellsTheOutcomeInTheWordsOfTheWindow) {
   Start();
-  display.Finish(UpdateOutcome::kSucceeded, failures);
+  display.Finish(UpdateOutcome::kSucceeded, ExitCode::kDone, failures);
   EXPECT_EQ(out.str(),
             R"j({"event":"end","outcome":"succeeded","message":"Update completed, please use the )j"
             R"j(TS30 power switch to restart the keyboard.","exitCode":0,"elapsedMilliseconds":0})j"
             "\n");
-  out.str("");
-  display.Finish(UpdateOutcome::kSucceededUnacknowledged, failures);
+}
+
+TEST_F(JsonDisplayTest, AnEndThatWasNotAcknowledgedIsASuccessWithAWarning) {
+  display.Finish(UpdateOutcome::kSucceededUnacknowledged, ExitCode::kDone, failures);
   const Json end = Json::parse(out.str());
   EXPECT_EQ(end["outcome"], "succeeded");
   EXPECT_EQ(end["exitCode"], 0);
   EXPECT_EQ(end["warning"], "Warning: the keyboard did not acknowledge the end of the update.");
-  out.str("");
-  display.Finish(UpdateOutcome::kStopped, failures);
+}
+
+TEST_F(JsonDisplayTest, TheEndHasTheExitCodeOfTheProgram) {
+  display.Finish(UpdateOutcome::kFailed, ExitCode::kInterrupted, failures);
+  EXPECT_EQ(Json::parse(out.str())["outcome"], "failed");
   EXPECT_EQ(Json::parse(out.str())["exitCode"], 130);
+}
+
+TEST_F(JsonDisplayTest, NothingFollowsTheEnd) {
+  display.Finish(UpdateOutcome::kStopped, ExitCode::kInterrupted, failures);
+  EXPECT_EQ(Json::parse(out.str())["outcome"], "stopped");
   out.str("");
   display.Abandon();
+  display.Notice("Wait.");
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST_F(JsonDisplayTest, NothingFollowsAnEndBySignal) {
+  display.Abandon();
   EXPECT_EQ(Json::parse(out.str())["outcome"], "abandoned");
+  EXPECT_EQ(Json::parse(out.str())["exitCode"], 130);
+  out.str("");
+  display.StepCompleted(0);
+  display.Finish(UpdateOutcome::kSucceeded, ExitCode::kDone, failures);
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST_F(JsonDisplayTest, AnOutputThatIsStalledGetsNothingFromTheSignals) {
+  JsonDisplay stalled({.out = out, .err = err, .takesLines = [] { return false; }},
+                      [this] { return now; });
+  stalled.Notice("Wait.");
+  stalled.Abandon();
+  EXPECT_EQ(out.str(), "");
 }
 
 TEST_F(JsonDisplayTest, AFailureTellsStepCommandAndReply) {
@@ -92,7 +121,7 @@ TEST_F(JsonDisplayTest, AFailureTellsStepCommandAndReply) {
                           .command = command,
                           .expected = command,
                           .reply = reply});
-  display.Finish(UpdateOutcome::kFailed, failures);
+  display.Finish(UpdateOutcome::kFailed, ExitCode::kFailed, failures);
   EXPECT_EQ(
       out.str(),
       R"j({"event":"end","outcome":"failed","message":"Update Error!","exitCode":1,)j"
@@ -107,7 +136,7 @@ TEST_F(JsonDisplayTest, AFailureWithoutACommandTellsTheReasonAlone) {
   Start();
   failures.CommandFailed(
       {.reason = UpdateFailure::kNotOpened, .command = {}, .expected = {}, .reply = {}});
-  display.Finish(UpdateOutcome::kFailed, failures);
+  display.Finish(UpdateOutcome::kFailed, ExitCode::kFailed, failures);
   const Json failure = Json::parse(out.str())["failure"];
   EXPECT_EQ(failure["step"], 0);
   EXPECT_FALSE(failure.contains("command"));

@@ -90,6 +90,18 @@ TEST_F(SignalWatchTest, ASignalThatWasHeldBackIsHandledLater) {
   EXPECT_THAT(events.WaitForCount(1), ElementsAre("first"));
 }
 
+TEST_F(SignalWatchTest, ASignalThatIsHeldBackCanBeAskedFor) {
+  HoldBackSignals();
+  EXPECT_FALSE(IsSignalHeldBack());
+  kill(getpid(), SIGUSR1);  // wakes the watch up and asks nobody to end
+  EXPECT_FALSE(IsSignalHeldBack());
+  kill(getpid(), SIGINT);
+  EXPECT_TRUE(IsSignalHeldBack());
+  const SignalWatch watch(Actions());
+  events.WaitForCount(1);
+  EXPECT_FALSE(IsSignalHeldBack());
+}
+
 TEST_F(SignalWatchTest, IgnoredSignalsStayIgnored) {
   std::signal(SIGHUP, SIG_IGN);
   HoldBackSignals();

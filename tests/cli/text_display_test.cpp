@@ -47,7 +47,7 @@ TEST_F(TextDisplayTest, APipeGetsALineAStep) {
   display.Start(kPlan);
   for (int32_t step = 0; step < 3; step++) display.StepCompleted(step);
   display.Tick();
-  display.Finish(UpdateOutcome::kSucceeded, failures);
+  display.Finish(UpdateOutcome::kSucceeded, ExitCode::kDone, failures);
   EXPECT_EQ(out.str(),
             "Updating to TS30 2.0.1 in 3 steps\n"
             "Step 1 of 3: enter update mode\n"
@@ -85,7 +85,7 @@ TEST_F(TextDisplayTest, TheFullBarStaysAndTheOutcomeFollows) {
   display.Start(kPlan);
   for (int32_t step = 0; step < 3; step++) display.StepCompleted(step);
   Take(out);
-  display.Finish(UpdateOutcome::kSucceeded, failures);
+  display.Finish(UpdateOutcome::kSucceeded, ExitCode::kDone, failures);
   EXPECT_EQ(Take(out), kErase +
                            "[###############] 100%  step 3/3  0:00\n"
                            "Update completed, please use the TS30 power switch to restart the "
@@ -127,7 +127,7 @@ TEST_F(TextDisplayTest, AFailureNamesStepCommandAddressAndReply) {
                           .command = command,
                           .expected = Hex("F4"),
                           .reply = Hex("E0")});
-  display.Finish(UpdateOutcome::kFailed, failures);
+  display.Finish(UpdateOutcome::kFailed, ExitCode::kFailed, failures);
   EXPECT_EQ(err.str(),
             "Update Error!\n"
             "Step 2 of 3 failed: write block 1 of 1\n"
@@ -142,7 +142,7 @@ TEST_F(TextDisplayTest, AFailureNamesStepCommandAddressAndReply) {
 TEST_F(TextDisplayTest, AnUnacknowledgedEndIsDoneWithAWarning) {
   TextDisplay display = MakePipe();
   display.Start(kPlan);
-  display.Finish(UpdateOutcome::kSucceededUnacknowledged, failures);
+  display.Finish(UpdateOutcome::kSucceededUnacknowledged, ExitCode::kDone, failures);
   EXPECT_EQ(err.str(), "Warning: the keyboard did not acknowledge the end of the update.\n");
   EXPECT_THAT(out.str(), HasSubstr("Update completed, "));
 }
@@ -150,7 +150,7 @@ TEST_F(TextDisplayTest, AnUnacknowledgedEndIsDoneWithAWarning) {
 TEST_F(TextDisplayTest, AStoppedUpdateSaysWhatToDo) {
   TextDisplay display = MakePipe();
   display.Start(kPlan);
-  display.Finish(UpdateOutcome::kStopped, failures);
+  display.Finish(UpdateOutcome::kStopped, ExitCode::kInterrupted, failures);
   EXPECT_EQ(err.str(),
             "Update stopped. The keyboard must be updated again before it can be used.\n");
   EXPECT_THAT(out.str(), ::testing::Not(HasSubstr("completed")));
@@ -173,6 +173,26 @@ TEST_F(TextDisplayTest, AbandoningEndsTheBarsLineOnce) {
   display.Abandon();
   display.Abandon();
   EXPECT_EQ(Take(out), "\n");
+}
+
+TEST_F(TextDisplayTest, AnOutputThatIsStalledGetsNothingFromTheSignals) {
+  bool takesLines = true;
+  TextDisplay display({.out = out,
+                       .err = err,
+                       .canDraw = true,
+                       .width = [] { return size_t{80}; },
+                       .takesLines = [&] { return takesLines; }},
+                      clock);
+  display.Start(kPlan);
+  Take(out);
+  takesLines = false;
+  display.Tick();
+  display.Notice("Wait.");
+  display.Abandon();
+  EXPECT_EQ(out.str() + err.str(), "");
+  takesLines = true;
+  display.Notice("Wait.");
+  EXPECT_EQ(err.str(), "Wait.\n");
 }
 
 }  // namespace

@@ -20,30 +20,39 @@ std::string OwnerOf(uid_t user) {
   return entry != nullptr ? entry->pw_name : fmt::format("user {}", user);
 }
 
-// The same rule that an installation brings, in one line.
+// An id in a rule, as the kernel writes it; one of 0 stands for any.
+std::string IdInRule(uint16_t id) { return id == 0 ? "*" : fmt::format("{:04X}", id); }
+
+// The same rule that an installation brings, with the ids in force. It is there for what is plugged
+// in from then on.
 std::string RuleCure(const Surroundings& surroundings) {
   return fmt::format(
-      "echo 'KERNEL==\"hidraw*\", SUBSYSTEM==\"hidraw\", ATTRS{{idVendor}}==\"{:04x}\", "
-      "ATTRS{{idProduct}}==\"{:04x}\", TAG+=\"uaccess\"' | sudo tee "
-      "/etc/udev/rules.d/70-ts30.rules && sudo udevadm control --reload && sudo udevadm trigger",
-      surroundings.vendorId, surroundings.productId);
+      "echo 'ACTION!=\"remove\", SUBSYSTEM==\"hidraw\", KERNELS==\"*:{}:{}.*\", "
+      "TAG+=\"uaccess\"' | sudo tee /etc/udev/rules.d/70-ts30.rules && "
+      "sudo udevadm control --reload # then plug the keyboard in again",
+      IdInRule(surroundings.vendorId), IdInRule(surroundings.productId));
 }
 
-bool IsHexadecimal(std::string_view text) {
+// Of at most 16 bits: more would be cut off.
+bool IsUsbId(std::string_view text) {
+  constexpr size_t kMostDigits = 4;
   if (text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X") text.remove_prefix(2);
-  return !text.empty() &&
+  if (text.empty()) return false;
+  text.remove_prefix(std::min(text.find_first_not_of('0'), text.size()));
+  return text.size() <= kMostDigits &&
          text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
 }
 
 void LookAtId(const std::string& key, const std::string& text, uint16_t value,
               Diagnoses& diagnoses) {
-  if (IsHexadecimal(text) && value != 0) return;
-  diagnoses.push_back({"id-not-hexadecimal",
-                       fmt::format("{} in Config.ini is \"{}\", which counts as 0x{:04x}{}.", key,
-                                   text, value, value == 0 ? " and opens no keyboard" : ""),
-                       fmt::format("Write a hexadecimal number there, such as 0x1c3e, or remove "
-                                   "{} from Config.ini.",
-                                   key)});
+  if (IsUsbId(text) && value != 0) return;
+  diagnoses.push_back(
+      {"id-not-hexadecimal",
+       fmt::format("{} in Config.ini is \"{}\", which counts as 0x{:04x}{}.", key, text, value,
+                   value == 0 ? " and opens no keyboard" : ""),
+       fmt::format("Write a hexadecimal number of at most four digits there, such as 0x1c3e, or "
+                   "remove {} from Config.ini.",
+                   key)});
 }
 
 void LookAtNodes(const Surroundings& surroundings, const std::vector<HidrawNode>& nodes,
@@ -62,26 +71,36 @@ void LookAtNodes(const Surroundings& surroundings, const std::vector<HidrawNode>
   }
 }
 
+// How often one keyboard is listed, of which `first` is the first entry.
+void LookAtListing(const std::vector<ReportedKeyboard>& keyboards, size_t first,
+                   Diagnoses& diagnoses) {
+  const auto times = 1 + std::count_if(keyboards.begin(), keyboards.end(),
+                                       [first](const ReportedKeyboard& keyboard) {
+                                         return keyboard.sameAs == first;
+                                       });
+  if (times == 1) return;
+  diagnoses.push_back(
+      {"listed-several-times",
+       fmt::format("One keyboard is listed {} times ({}), and counts as several.", times,
+                   keyboards[first].listed.path),
+       "Install hidapi 0.15.0 or newer; where that does not help, the keyboard has several "
+       "interfaces and cannot be updated by this program."});
+}
+
 void LookAtCount(const std::vector<ReportedKeyboard>& keyboards, Diagnoses& diagnoses) {
   if (keyboards.empty()) {
     return diagnoses.push_back(
         {"no-keyboard", "No keyboard in update mode is attached.",
          "Switch the keyboard off, hold the buttons that the package names, and switch it on."});
   }
-  if (keyboards.size() == 1) return;
-  const auto same = static_cast<size_t>(
-      std::count_if(keyboards.begin(), keyboards.end(),
-                    [](const ReportedKeyboard& keyboard) { return keyboard.sameAs.has_value(); }));
-  if (same + 1 == keyboards.size()) {
-    return diagnoses.push_back(
-        {"listed-several-times",
-         fmt::format("One keyboard is listed {} times ({}), and counts as several.",
-                     keyboards.size(), keyboards.front().listed.path),
-         "Install hidapi 0.15.0 or newer; where that does not help, the keyboard has several "
-         "interfaces and cannot be updated by this program."});
+  size_t count = 0;
+  for (size_t i = 0; i < keyboards.size(); i++) {
+    if (keyboards[i].sameAs) continue;
+    count++;
+    LookAtListing(keyboards, i, diagnoses);
   }
-  diagnoses.push_back({"several-keyboards",
-                       fmt::format("{} keyboards are attached.", keyboards.size() - same),
+  if (count == 1) return;
+  diagnoses.push_back({"several-keyboards", fmt::format("{} keyboards are attached.", count),
                        "Unplug all but the one to update."});
 }
 
@@ -104,6 +123,13 @@ void LookAtTemporaryNames(const Surroundings& surroundings, Diagnoses& diagnoses
                          fmt::format("{} {}, so that no package can be opened.", path, reason),
                          fmt::format("sudo rm -r {}", path)});
   }
+}
+
+void LookAtLock(const Surroundings& surroundings, Diagnoses& diagnoses) {
+  if (!surroundings.isAnotherAtWork()) return;
+  diagnoses.push_back({"another-at-work",
+                       "Another Hollin of yours, the window or an update, is at work.",
+                       "Close it, then try again."});
 }
 
 void Print(const Diagnoses& diagnoses, const Console& console) {
@@ -132,6 +158,7 @@ std::vector<Diagnosis> Diagnose(const Surroundings& surroundings) {
   const std::vector<HidrawNode> nodes = FindHidrawNodes(surroundings);
   LookAtId("IDC_VID", surroundings.vendorText, surroundings.vendorId, diagnoses);
   LookAtId("IDC_PID", surroundings.productText, surroundings.productId, diagnoses);
+  LookAtLock(surroundings, diagnoses);
   LookAtNodes(surroundings, nodes, diagnoses);
   LookAtCount(ReportKeyboards(surroundings, nodes), diagnoses);
   LookAtTemporaryNames(surroundings, diagnoses);

@@ -13,13 +13,16 @@ const HidrawNode* NodeOf(const ListedKeyboard& keyboard, const std::vector<Hidra
   return found == nodes.end() ? nullptr : &*found;
 }
 
+// Where the kernel knows the USB devices, they decide: makers give one serial number to many.
 bool IsSame(const ListedKeyboard& a, const ListedKeyboard& b,
             const std::vector<HidrawNode>& nodes) {
-  if (a.path == b.path || (!a.serial.empty() && a.serial == b.serial)) return true;
+  if (a.path == b.path) return true;
   const HidrawNode* const nodeA = NodeOf(a, nodes);
   const HidrawNode* const nodeB = NodeOf(b, nodes);
-  return nodeA != nullptr && nodeB != nullptr && !nodeA->usbDevice.empty() &&
-         nodeA->usbDevice == nodeB->usbDevice;
+  const bool areKnown = nodeA != nullptr && nodeB != nullptr && !nodeA->usbDevice.empty() &&
+                        !nodeB->usbDevice.empty();
+  if (areKnown) return nodeA->usbDevice == nodeB->usbDevice;
+  return !a.serial.empty() && a.serial == b.serial;
 }
 
 }  // namespace

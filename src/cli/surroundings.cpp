@@ -8,6 +8,7 @@
 
 #include "app/device_settings.h"
 #include "app/ini_config.h"
+#include "app/instance_lock.h"
 
 namespace hollin {
 namespace {
@@ -47,6 +48,10 @@ Surroundings ReadSurroundings() {
   surroundings.listed = ListKeyboards(settings.vendorId, settings.productId);
   surroundings.mayOpen = [](const std::string& path) {
     return access(path.c_str(), R_OK | W_OK) == 0;
+  };
+  surroundings.isAnotherAtWork = [] {
+    InstanceLock lock;
+    return lock.Take() == LockState::kBusy;
   };
   surroundings.user = geteuid();
   return surroundings;

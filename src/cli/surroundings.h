@@ -26,6 +26,8 @@ struct Surroundings {
   uint16_t vendorId = 0, productId = 0;
   std::vector<ListedKeyboard> listed;
   std::function<bool(const std::string& path)> mayOpen;
+  // Takes the lock against a second Hollin for a moment.
+  std::function<bool()> isAnotherAtWork;
   uid_t user = 0;
 };
 

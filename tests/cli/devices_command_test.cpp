@@ -66,6 +66,13 @@ TEST_F(DevicesCommandTest, OneSerialNumberIsOneKeyboard) {
   EXPECT_EQ(Json::parse(out.str())["devices"][1]["sameAs"], 0);
 }
 
+TEST_F(DevicesCommandTest, OneSerialNumberOnTwoUsbDevicesIsTwoKeyboards) {
+  machine.Plug("hidraw3", "1-2", "7");
+  machine.Plug("hidraw4", "1-3", "7");
+  EXPECT_EQ(Run(true), ExitCode::kKeyboard);
+  EXPECT_EQ(Json::parse(out.str())["devices"][1]["sameAs"], Json());
+}
+
 TEST_F(DevicesCommandTest, AsJson) {
   machine.Plug("hidraw3", "1-2", "A1B2");
   EXPECT_EQ(Run(true), ExitCode::kDone);

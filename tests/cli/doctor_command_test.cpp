@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "cli/json.h"
@@ -14,6 +15,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class DoctorCommandTest : public ::testing::Test {
  protected:
@@ -64,10 +66,36 @@ TEST_F(DoctorCommandTest, AMissingRightIsFoundWithTheRuleThatGivesIt) {
   EXPECT_EQ(Only().code, "no-right");
   EXPECT_THAT(Only().evidence, HasSubstr("/dev/hidraw3 is a keyboard, but "));
   EXPECT_EQ(Only().cure,
-            "echo 'KERNEL==\"hidraw*\", SUBSYSTEM==\"hidraw\", ATTRS{idVendor}==\"1c3e\", "
-            "ATTRS{idProduct}==\"2b91\", TAG+=\"uaccess\"' | sudo tee "
-            "/etc/udev/rules.d/70-ts30.rules && sudo udevadm control --reload && sudo udevadm "
-            "trigger");
+            "echo 'ACTION!=\"remove\", SUBSYSTEM==\"hidraw\", KERNELS==\"*:1C3E:2B91.*\", "
+            "TAG+=\"uaccess\"' | sudo tee /etc/udev/rules.d/70-ts30.rules && sudo udevadm control "
+            "--reload # then plug the keyboard in again");
+}
+
+TEST_F(DoctorCommandTest, TheRuleIsThatOfAnInstallation) {
+  machine.Plug("hidraw3", "1-2");
+  machine.closed = {"/dev/hidraw3"};
+  std::ifstream file(HOLLIN_UDEV_RULE);
+  std::string rule;
+  for (std::string line; std::getline(file, line);) {
+    if (line.substr(0, 1) != "#") rule = line;
+  }
+  ASSERT_NE(rule, "");
+  EXPECT_THAT(Only().cure, StartsWith("echo '" + rule + "' | "));
+}
+
+TEST_F(DoctorCommandTest, TheRuleHasTheIdsInForce) {
+  machine.surroundings.vendorId = 0xABC;
+  machine.surroundings.productId = 0;
+  machine.Plug("hidraw3", "1-2", "", true, "00000ABC:00000001");
+  machine.closed = {"/dev/hidraw3"};
+  EXPECT_THAT(Diagnose(machine.surroundings).back().cure, HasSubstr("KERNELS==\"*:0ABC:*.*\""));
+}
+
+TEST_F(DoctorCommandTest, AnotherHollinAtWorkIsFound) {
+  machine.Plug("hidraw3", "1-2");
+  machine.isAnotherAtWork = true;
+  EXPECT_EQ(Only().code, "another-at-work");
+  EXPECT_EQ(Only().cure, "Close it, then try again.");
 }
 
 TEST_F(DoctorCommandTest, NodesOfOtherDevicesDoNotCount) {
@@ -88,8 +116,10 @@ TEST_F(DoctorCommandTest, OneKeyboardThatIsListedTwiceIsNotTwo) {
   machine.Plug("hidraw4", "1-2");
   EXPECT_THAT(Codes(), ElementsAre("listed-several-times"));
   machine.Plug("hidraw5", "1-3");
-  EXPECT_EQ(Only().code, "several-keyboards");
-  EXPECT_EQ(Only().evidence, "2 keyboards are attached.");
+  EXPECT_THAT(Codes(), ElementsAre("listed-several-times", "several-keyboards"));
+  const std::vector<Diagnosis> diagnoses = Diagnose(machine.surroundings);
+  EXPECT_THAT(diagnoses[0].evidence, HasSubstr("is listed 2 times (/dev/hidraw3)"));
+  EXPECT_EQ(diagnoses[1].evidence, "2 keyboards are attached.");
 }
 
 TEST_F(DoctorCommandTest, IdsThatAreNotHexadecimalAreFound) {
@@ -104,6 +134,14 @@ TEST_F(DoctorCommandTest, IdsThatAreNotHexadecimalAreFound) {
   machine.surroundings.productId = 0;
   EXPECT_EQ(Only().evidence,
             "IDC_PID in Config.ini is \"\", which counts as 0x0000 and opens no keyboard.");
+}
+
+TEST_F(DoctorCommandTest, IdsOfMoreThanFourDigitsAreFound) {
+  machine.Plug("hidraw3", "1-2");
+  machine.surroundings.vendorText = "0x001c3e";
+  EXPECT_THAT(Codes(), ElementsAre());
+  machine.surroundings.vendorText = "0x11c3e";
+  EXPECT_EQ(Only().evidence, "IDC_VID in Config.ini is \"0x11c3e\", which counts as 0x1c3e.");
 }
 
 TEST_F(DoctorCommandTest, TemporaryNamesThatAreTakenAreFound) {

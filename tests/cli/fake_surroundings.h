@@ -24,6 +24,7 @@ class FakeSurroundings {
     surroundings.vendorId = 0x1C3E;
     surroundings.productId = 0x2B91;
     surroundings.mayOpen = [this](const std::string& path) { return closed.count(path) == 0; };
+    surroundings.isAnotherAtWork = [this] { return isAnotherAtWork; };
     surroundings.user = geteuid();
     std::filesystem::create_directories(folder.Path("tmp"));
   }
@@ -52,6 +53,7 @@ class FakeSurroundings {
 
   TempFolder folder;
   Surroundings surroundings;
+  bool isAnotherAtWork = false;
   std::set<std::string> closed;  // nodes that may not be opened
 };
 

@@ -21,9 +21,16 @@ constexpr std::array kWords = {
           "Button {number} is named but button {other} is not: users are told to hold down a "
           "button without a name.",
           "Name the buttons from the first on, without a gap."},
+    Words{FindingCode::kKeyRepeated, "button-repeated",
+          "Buttons {number} and {other} have the same name, \"{text}\": users hold down one button "
+          "for both.",
+          "Name each button once."},
     Words{FindingCode::kTextEmpty, "text-empty",
           "The {text} is empty: users cannot see what they are about to install.",
           "Give the package a product model and a firmware version."},
+    Words{FindingCode::kTextBlank, "text-blank",
+          "The {text} consists of blanks: users see nothing there.",
+          "Write a text that can be seen, or leave the name of a button empty."},
     Words{FindingCode::kTextNotAscii, "text-not-ascii",
           "The {text} holds characters that are not printable ASCII: some programs show it "
           "garbled.",
@@ -93,9 +100,16 @@ constexpr std::array kWords = {
     Words{FindingCode::kKeyUnknown, "key-unknown",
           "Key \"{text}\" is not known in its section: the line is skipped.",
           "Correct the key, or remove the line."},
+    Words{FindingCode::kKeyOfOtherSection, "key-of-other-section",
+          "Key \"{text}\" names a setting of another section. What stands before \"=\" is not read "
+          "here: the value counts for the section that the line stands in.",
+          "Put the line under the header of its own section."},
     Words{FindingCode::kSettingRepeated, "setting-repeated",
           "\"{text}\" sets again what line {number} has set: the last line counts.",
           "Keep one of the lines."},
+    Words{FindingCode::kSettingWithoutEffect, "setting-without-effect",
+          "\"{text}\" is set to {number}, but nothing uses the value.",
+          "Nothing, unless an effect was expected. Without the line there is no finding."},
     Words{FindingCode::kNumberSuffix1024, "number-suffix-1024",
           "\"{text}\" is {number}: M stands for 1024, like K.",
           "Write megabytes as 1024K or in hexadecimal."},
@@ -122,6 +136,11 @@ constexpr std::array kWords = {
         "block alone; this program takes \"Data Length\" ({other}) for those before it, and "
         "others may not.",
         "Where other programs are used too, choose a \"Data Length\" that holds the whole image."},
+    Words{
+        FindingCode::kA1StartAddress, "a1-start-address",
+        "\"Start Address\" is {number:#x}: the blocks go to offset 0 all the same, but the "
+        "keyboard verifies from that address on, and it counts twice against the room in the chip.",
+        "Use 0, unless the keyboard is known to write through a window that begins there."},
     Words{
         FindingCode::kA1StartAddressWraps, "a1-start-address-wraps",
         "\"Start Address\" {number:#x} lies beyond half of the chip ({other:#x} bytes): it counts "
@@ -157,6 +176,10 @@ constexpr std::array kWords = {
     Words{FindingCode::kA2BlockAnnouncedAsZero, "a2-block-announced-as-zero",
           "A block of 65536 words is announced as 0 words.",
           "Use a \"Block Size\" below 65536, unless the keyboard takes 0 for 65536."},
+    Words{FindingCode::kA2LastSectorSize, "a2-last-sector-size",
+          "The image reaches the last sector of the list, at {number:#x}. No next address tells "
+          "its size: it counts as large as the one before it ({other} bytes).",
+          "Add the address behind that sector to the list."},
     Words{FindingCode::kA2CyclesAbsolute, "a2-cycles-absolute",
           "The first sector begins at 0x1400: the addresses of erase cycles are then taken as "
           "listed and do not count from the sector.",

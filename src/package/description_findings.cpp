@@ -2,6 +2,8 @@
 #include "package/description_findings.h"
 
 #include <algorithm>
+#include <array>
+#include <iterator>
 #include <limits>
 
 #include "base/text.h"
@@ -69,6 +71,43 @@ std::optional<uint64_t> NumberOfKey(std::string_view key) {
   return SaidBy(digits, 10);
 }
 
+// Sections in which what stands before "=" is not read.
+constexpr std::array<std::string_view, 8> kAnyKeySections = {
+    "Chip Type", "Write Modle", "Block Size",         "Data",
+    "Line Mode", "SPI Number",  "Chip Select Number", "Sector Size"};
+
+// Keys that other sections read.
+constexpr std::array<std::string_view, 9> kNamedKeys = {
+    "FileOffset",  "MaxWriteBack",  "MaxSectorEraseTime", "ResetAddr",          "ResetData",
+    "EraseCycles", "ProgramCycles", "WriteBufferCycles",  "ProgramBufferCycles"};
+
+// Settings that are read and kept, and nothing more.
+struct UnusedSetting {
+  uint16_t type;
+  std::string_view section, key;
+  uint32_t usual;
+  bool isZeroRefused;
+};
+constexpr std::array<UnusedSetting, 4> kUnusedSettings = {
+    {{kTypeA1, "Transmission Info", "Time Over", 0, false},
+     {kTypeA2, "Time", "MaxWriteBack", 1000, true},
+     {kTypeA2, "Flash Reset", "ResetAddr", 0x3000, false},
+     {kTypeA2, "Flash Reset", "ResetData", 0xF0, false}}};
+
+std::string WithoutBlanks(std::string_view text) {
+  std::string squeezed;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(squeezed),
+               [](char c) { return c != ' ' && c != '\t'; });
+  return squeezed;
+}
+
+template <size_t kSize>
+bool IsAmong(const std::array<std::string_view, kSize>& names, std::string_view text) {
+  return std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+    return EqualsIgnoringCase(WithoutBlanks(name), WithoutBlanks(text));
+  });
+}
+
 bool IsPadding(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0 && c <= ' '; });
 }
@@ -110,6 +149,7 @@ void DescriptionFindings::Take(const DescriptionNote& note) {
       return Add(FindingCode::kKeyUnknown, note, note.text);
     case DescriptionRemark::kSetting:
       TakeSetting(note);
+      LookAtKey(note);
       return TakeNumber(note);
     case DescriptionRemark::kEntry:
       if (isInReserved) reservedEntries++;
@@ -151,6 +191,7 @@ void DescriptionFindings::TakeOnce(FindingCode code, const DescriptionNote& note
 
 void DescriptionFindings::TakeHeader(const DescriptionNote& note) {
   isSectionTold = false;
+  section = note.text;
   isInReserved = EqualsIgnoringCase(note.text, "Reserved Sector");
   const bool isMisspelled =
       EqualsIgnoringCase(note.text, "Flash Model") || EqualsIgnoringCase(note.text, "Write Model");
@@ -178,8 +219,29 @@ void DescriptionFindings::TakeNumber(const DescriptionNote& note) {
   uint32_t value = 0;
   if (!AXUpdate::ParseNumber(note.text, value)) return;
   if (const auto code = SurpriseIn(note.text)) Add(*code, note, note.text, value);
+  if (note.remark == DescriptionRemark::kSetting) LookAtEffect(note, value);
   if (type != kTypeA1 || !EqualsIgnoringCase(KeyOf(note.lineText), "Data Length")) return;
   if (value == 0) Add(FindingCode::kA1DataLengthZero, note, {});
+}
+
+void DescriptionFindings::LookAtKey(const DescriptionNote& note) {
+  if (type == kTypeA1 || !IsAmong(kAnyKeySections, section)) return;
+  const std::string_view key = KeyOf(note.lineText);
+  if (EqualsIgnoringCase(WithoutBlanks(key), WithoutBlanks(section))) return;
+  if (IsAmong(kAnyKeySections, key) || IsAmong(kNamedKeys, key)) {
+    Add(FindingCode::kKeyOfOtherSection, note, key);
+  }
+}
+
+void DescriptionFindings::LookAtEffect(const DescriptionNote& note, uint32_t value) {
+  for (const UnusedSetting& setting : kUnusedSettings) {
+    if (type != setting.type || !EqualsIgnoringCase(section, setting.section) ||
+        !EqualsIgnoringCase(KeyOf(note.lineText), setting.key)) {
+      continue;
+    }
+    if (value == setting.usual || (value == 0 && setting.isZeroRefused)) return;
+    return Add(FindingCode::kSettingWithoutEffect, note, setting.key, value);
+  }
 }
 
 void DescriptionFindings::TakeCycle(const DescriptionNote& note) {

@@ -47,6 +47,8 @@ class DescriptionFindings {
   void TakeSetting(const DescriptionNote& note);
   void TakeNumber(const DescriptionNote& note);
   void TakeCycle(const DescriptionNote& note);
+  void LookAtKey(const DescriptionNote& note);
+  void LookAtEffect(const DescriptionNote& note, uint32_t value);
   [[nodiscard]] bool HasForeignMark(std::string_view line) const;
   [[nodiscard]] bool BeginsComment(std::string_view text) const;
 
@@ -56,6 +58,7 @@ class DescriptionFindings {
   std::optional<FailedLine> failed;
   std::map<const void*, size_t> settingLines;
   std::map<const void*, LastCycle> lastCycles;
+  std::string section;  // the current one
   size_t longLine = 0;  // the last that was told
   size_t reservedEntries = 0;
   bool isSectionTold = false;  // that the current one is unknown

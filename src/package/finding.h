@@ -13,7 +13,9 @@ namespace hollin {
 enum class FindingCode {
   // Headers and regions.
   kKeyGap,
+  kKeyRepeated,
   kTextEmpty,
+  kTextBlank,
   kTextNotAscii,
   kTextBehindNul,
   kDataTypeUpperBits,
@@ -37,7 +39,9 @@ enum class FindingCode {
   kSectionUnknown,
   kLineBeforeSections,
   kKeyUnknown,
+  kKeyOfOtherSection,
   kSettingRepeated,
+  kSettingWithoutEffect,
   kNumberSuffix1024,
   kNumberNotDigits,
   kNumberWraps,
@@ -47,6 +51,7 @@ enum class FindingCode {
   kA1DataLengthZero,
   kA1DataLengthAbove65536,
   kA1SeveralBlocks,
+  kA1StartAddress,
   kA1StartAddressWraps,
 
   // A2
@@ -58,6 +63,7 @@ enum class FindingCode {
   kA2ErasedValue,
   kA2EraseTimeShort,
   kA2BlockAnnouncedAsZero,
+  kA2LastSectorSize,
   kA2CyclesAbsolute,
   kA2CyclesEmpty,
   kA2CycleKeyBoth,

@@ -63,6 +63,7 @@ void FindInA1(const A1Update& updater, const Findings& findings) {
   }
   const uint32_t blocks = updater.StepCount() - 2;
   if (blocks > 1) findings.Add(FindingCode::kA1SeveralBlocks, blocks, flash.dataLength);
+  if (flash.startAddress != 0) findings.Add(FindingCode::kA1StartAddress, flash.startAddress);
   if (uint64_t{2} * flash.startAddress > flash.chipSize) {
     findings.Add(FindingCode::kA1StartAddressWraps, flash.startAddress, flash.chipSize);
   }
@@ -155,6 +156,10 @@ void FindInA2Plan(const A2Update& updater, const Findings& findings) {
   FindDroppedBytes(updater, findings);
   if (flash.blockSize == kBlockAnnouncedAsZero && HasBlockOf(updater, kBlockAnnouncedAsZero)) {
     findings.Add(FindingCode::kA2BlockAnnouncedAsZero);
+  }
+  const auto last = static_cast<uint32_t>(sectors.size() - 1);
+  if (updater.plannedSectors > last && !updater.IsReserved(last)) {
+    findings.Add(FindingCode::kA2LastSectorSize, sectors[last], updater.SectorSize(last));
   }
 }
 

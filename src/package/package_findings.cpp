@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/text.h"
 #include "updaters/a1_update.h"
 #include "updaters/a2_update.h"
 #include "updaters/c1_update.h"
@@ -50,9 +51,25 @@ void FindInText(std::string_view field, const std::string& name, bool mayBeEmpty
   if (text.empty() && !mayBeEmpty) {
     findings.Add({.code = FindingCode::kTextEmpty, .text = name});
   }
+  const bool isBlank = !text.empty() && text.find_first_not_of(' ') == std::string_view::npos;
+  if (isBlank) findings.Add({.code = FindingCode::kTextBlank, .text = name});
   if (!IsPrintable(text)) findings.Add({.code = FindingCode::kTextNotAscii, .text = name});
   if (rest.find_first_not_of('\0') != std::string_view::npos) {
     findings.Add({.code = FindingCode::kTextBehindNul, .text = name});
+  }
+}
+
+// Two buttons of one name, as users read it.
+void FindEqualKeys(ByteView file, FindingList& findings) {
+  std::array<std::string, kKeys.size()> names;
+  for (size_t i = 0; i < kKeys.size(); i++) {
+    names[i] = Trim(TextOfField(FieldOf(file, kKeys[i], kKeySize)));
+    if (names[i].empty()) continue;
+    const auto* const same = std::find(names.begin(), names.begin() + i, names[i]);
+    if (same == names.begin() + i) continue;
+    const auto first = static_cast<uint64_t>(same - names.begin());
+    findings.Add(
+        {.code = FindingCode::kKeyRepeated, .text = names[i], .number = first + 1, .other = i + 1});
   }
 }
 
@@ -65,6 +82,7 @@ void FindInTexts(ByteView file, FindingList& findings) {
     isNamed[i] = field[0] != '\0';
     FindInText(field, "name of button " + std::to_string(i + 1), true, findings);
   }
+  FindEqualKeys(file, findings);
   for (size_t i = kKeys.size() - 1; i > 0; i--) {
     const auto* const empty = std::find(isNamed.begin(), isNamed.begin() + i, false);
     if (!isNamed[i] || empty == isNamed.begin() + i) continue;

@@ -106,5 +106,54 @@ TEST(HeaderTailTest, WhatIsNoCommentOfThatKindIsFound) {
   EXPECT_EQ(Tails("C1", " 0x20000"), 1U);
 }
 
+size_t Starts(const std::string& start) {
+  return FindingsOf(FindingCode::kA1StartAddress, "A1", A1("64K") + "Start Address=" + start + "\n",
+                    100)
+      .size();
+}
+
+TEST(A1StartAddressTest, IsFoundUnlessItIsZero) {
+  EXPECT_EQ(Starts("0"), 0U);
+  EXPECT_EQ(Starts("1"), 1U);
+}
+
+size_t AssumedSizes(const std::string& reserved, size_t imageSize) {
+  return FindingsOf(FindingCode::kA2LastSectorSize, "A2", A2(reserved), imageSize).size();
+}
+
+TEST(A2LastSectorSizeTest, IsFoundWhereTheImageReachesTheLastSector) {
+  EXPECT_EQ(AssumedSizes("0", 3 * 131072 - 1), 0U);
+  EXPECT_EQ(AssumedSizes("0", 3 * 131072), 0U);
+  EXPECT_EQ(AssumedSizes("0", 3 * 131072 + 2), 1U);
+}
+
+TEST(A2LastSectorSizeTest, DoesNotMatterWhereThatSectorIsReserved) {
+  EXPECT_EQ(AssumedSizes("0x30000", 3 * 131072 + 2), 0U);
+}
+
+size_t ForeignKeys(const std::string& lines) {
+  return FindingsOf(FindingCode::kKeyOfOtherSection, "C1", "[Reserved Sector]\n0x10000\n" + lines,
+                    100)
+      .size();
+}
+
+TEST(KeyOfOtherSectionTest, IsOneThatNamesTheSettingOfAnotherSection) {
+  EXPECT_EQ(ForeignKeys("[Line Mode]\nSPI Number=1\n"), 1U);
+  EXPECT_EQ(ForeignKeys("[line mode]\nspinumber = 1\n"), 1U);
+  EXPECT_EQ(ForeignKeys("[Line Mode]\nLine Mode=1\n"), 0U);
+  EXPECT_EQ(ForeignKeys("[Line Mode]\nLines=1\n"), 0U);
+}
+
+size_t Unused(const std::string& lines) {
+  return FindingsOf(FindingCode::kSettingWithoutEffect, "A2", lines + A2("0x30000"), 100).size();
+}
+
+TEST(SettingWithoutEffectTest, IsOneThatIsNotAsItIsWhenItIsNotGiven) {
+  EXPECT_EQ(Unused("[Time]\nMaxWriteBack=999\n"), 1U);
+  EXPECT_EQ(Unused("[Time]\nMaxWriteBack=1000\nMaxSectorEraseTime=3000\n"), 0U);
+  EXPECT_EQ(Unused("[Flash Reset]\nResetAddr=0x3000\nResetData=0xF0\n"), 0U);
+  EXPECT_EQ(Unused("[Flash Reset]\nResetAddr=0x3001\nResetData=0xF1\n"), 2U);
+}
+
 }  // namespace
 }  // namespace hollin

@@ -22,7 +22,7 @@ const std::string kA1 =
     "[Transmission Info]\n"
     "Start Address=0\n"
     "Data Length=4096\n"
-    "Time Over=1000\n";
+    "Time Over=0\n";
 
 // Four sectors of 2 KiB, the last one reserved.
 const std::string kA2 =
@@ -143,25 +143,26 @@ std::vector<PackageRecipe> RefusedPackages() {
   const Bytes two = Package({{"A1", kA1, Counting(1000)}, {"C1", kC1, Counting(100)}});
   return {
       {"headers-cut-short", Cut(A1(), 200)},
-      {"headers-cut-short-web-page", Text("<!DOCTYPE html>\n<html><body>Log in</body></html>\n")},
-      {"headers-cut-short-zip", Text("PK\x03\x04 and so on")},
-      {"headers-cut-short-second", Cut(two, 300)},
+      {"headers-cut-short", Text("<!DOCTYPE html>\n<html><body>Log in</body></html>\n"),
+       "web-page"},
+      {"headers-cut-short", Text("PK\x03\x04 and so on"), "zip"},
+      {"headers-cut-short", Cut(two, 300), "second"},
       {"pack-count", Patched(A1(), 120, 0x03000000)},
       {"file-header-sum", Flipped(A1(), 124)},
       {"pack-header-sum", Flipped(two, 300)},
       {"region-outside", Cut(A1(), 1000)},
-      {"region-outside-description", Patched(A1(), 192, 0xFFFFFFF0)},
+      {"region-outside", Patched(A1(), 192, 0xFFFFFFF0), "description"},
       {"description-sum", Flipped(A1(), 300)},
       {"image-sum", Flipped(two, two.size() - 1)},
       {"data-type", PatchedText(A1(), 172, "B7")},
       {"header-not-closed", A1With("[Transmission Info]", "[Transmission Info")},
       {"line-outside-sections", A1With("[Chip Info]\n", "[Chip]\n")},
-      {"line-without-equals-sign", A1With("Time Over=1000", "Time Over 1000")},
+      {"line-without-equals-sign", A1With("Time Over=0", "Time Over 0")},
       {"number-invalid", A2With("Erased=0xFFFF", "  Erased = 0xFFFG")},
-      {"number-invalid-comment", C1With("Size=4096", "Size=0x1000 ; 4 KiB")},
+      {"number-invalid", C1With("Size=4096", "Size=0x1000 ; 4 KiB"), "comment"},
       {"image-empty", C1(kC1, 0)},
       {"image-too-long", A1(kA1, 65537)},
-      {"image-too-long-a2", A2(kA2, 8193)},
+      {"image-too-long", A2(kA2, 8193), "a2"},
       {"a1-chip-size", A1With("Chip Size=64K\n", "")},
       {"a1-data-length", A1With("Data Length=4096", "Data Length=100")},
       {"a2-flash-model", A2With("[Flash Modle]", "[Flash Model]")},
@@ -187,6 +188,8 @@ std::vector<PackageRecipe> PackagesWithFindings() {
   const std::string longComment = "; " + std::string(97, '-') + " Chip Size=1K\n";
   return {
       {"button-gap", Package({{"A1", kA1, Counting(1000)}}, {"", "", "Stop"})},
+      {"button-repeated", Package({{"A1", kA1, Counting(1000)}}, {"Play", "Stop", "Play"})},
+      {"text-blank", Package({{"A1", kA1, Counting(1000)}}, {"  "})},
       {"text-empty", PatchedText(A1(), 32, "\0"s)},
       {"text-not-ascii", PatchedText(A1(), 48, "2\xFF\x1B")},
       {"text-behind-nul", PatchedText(A1(), 86, "x")},
@@ -209,6 +212,8 @@ std::vector<PackageRecipe> PackagesWithFindings() {
       {"section-unknown", C1With("[SPI Number]", "[SPI Controller]")},
       {"line-before-sections", C1("Lines=1\nLines=2\n" + kC1)},
       {"key-unknown", A1With("Time Over", "Timeout")},
+      {"key-of-other-section", C1With("Lines=4\n", "Lines=4\nSPI Number=1\n")},
+      {"setting-without-effect", A1With("Time Over=0", "Time Over=1000")},
       {"setting-repeated", A1With("Chip Type=2\n", "Chip Type=2\nchip type=3\n")},
       {"number-suffix-1024", A1With("Chip Size=64K", "Chip Size=1M")},
       {"number-not-digits", C1With("0x1000\n", "addr=0x1000\n0x1000\n")},
@@ -219,6 +224,7 @@ std::vector<PackageRecipe> PackagesWithFindings() {
                                              "Data Length=4096", "Data Length=128K"),
                                         70000)},
       {"a1-several-blocks", A1With("Data Length=4096", "Data Length=512")},
+      {"a1-start-address", A1With("Start Address=0", "Start Address=0x100")},
       {"a1-start-address-wraps", A1With("Start Address=0", "Start Address=0x8001")},
       {"a2-sectors-not-ascending", A2With("0x800\n0xC00\n", "0xC00\n0x800\n0x1000\n")},
       {"a2-plan-outside-image", A2With("FileOffset=0", "FileOffset=1501", 3000)},
@@ -231,6 +237,7 @@ std::vector<PackageRecipe> PackagesWithFindings() {
        A2(With(With(kA2, "Size=256", "Size=65536"), "0x400\n0x800\n0xC00\n",
                "0x10000\n0x20000\n0xC00000\n"),
           131072)},
+      {"a2-last-sector-size", A2With("0xC00\n[Block", "0x400\n[Block", 8000)},
       {"a2-cycles-absolute",
        A2With("0x000\n0x400\n0x800\n0xC00\n", "0x1400\n0x1800\n0x1C00\n0xC00000\n")},
       {"a2-cycles-empty",

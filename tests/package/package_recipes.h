@@ -14,6 +14,9 @@ namespace hollin {
 struct PackageRecipe {
   std::string code;  // of the refusal or finding that it is for; "sound-..." for none
   Bytes package;
+  std::string variant{};  // where there are several of a code
+
+  [[nodiscard]] std::string Name() const { return variant.empty() ? code : code + "-" + variant; }
 };
 
 // The sound packages first, then those that are refused, then those with findings.

@@ -112,7 +112,11 @@ constexpr const char* kFooter =
 
 NothingToRun Explain(const CLI::App& app, const CLI::Error& error, bool json) {
   if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
-    return {.exitCode = ExitCode::kUsage, .json = json, .text = error.what()};
+    const std::string text = error.what();
+    const bool lacksCommand = text == "A subcommand is required";  // a word of the library's own
+    return {.exitCode = ExitCode::kUsage,
+            .json = json,
+            .text = lacksCommand ? "A command is required" : text};
   }
   std::ostringstream text;
   std::ostringstream unused;

@@ -83,7 +83,9 @@ Lines PackText(const PackageInspection& inspection, size_t pack) {
 
 std::string Duration(const UpdateEffort& effort) {
   const std::chrono::milliseconds length(effort.Milliseconds());
-  return FormatDuration(std::chrono::ceil<std::chrono::seconds>(length));
+  const auto seconds = std::chrono::ceil<std::chrono::seconds>(length);
+  const bool hasHours = seconds >= std::chrono::hours(1);
+  return FormatDuration(seconds) + (hasHours ? " (hours:minutes:seconds)" : " (minutes:seconds)");
 }
 
 Lines Verdict(const std::string& path, const PackageInspection& inspection) {

@@ -38,10 +38,10 @@ std::string Joined(const std::vector<std::string>& lines) {
 }  // namespace
 
 JsonDisplay::JsonDisplay(Console console, Clock clock)
-    : console(std::move(console)), clock(std::move(clock)) {}
+    : console(std::move(console)), clock(std::move(clock)), start(this->clock()) {}
 
 void JsonDisplay::Refuse(ExitCode exitCode, std::string_view code,
-                         const std::vector<std::string>& lines) {
+                         const std::vector<std::string>& lines, std::string_view /*hint*/) {
   const std::lock_guard lock(mutex);
   PrintJsonLine(console.out, ErrorJson(exitCode, code, Joined(lines)));
 }

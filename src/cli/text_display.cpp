@@ -19,9 +19,10 @@ TextDisplay::TextDisplay(Console console, Clock clock)
     : console(std::move(console)), clock(std::move(clock)) {}
 
 void TextDisplay::Refuse(ExitCode /*exitCode*/, std::string_view /*code*/,
-                         const std::vector<std::string>& lines) {
+                         const std::vector<std::string>& lines, std::string_view hint) {
   const std::lock_guard lock(mutex);
   for (const std::string& line : lines) PrintError(line);
+  if (!hint.empty()) PrintError(hint);
 }
 
 void TextDisplay::Start(const UpdatePlan& newPlan) {

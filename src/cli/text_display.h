@@ -21,8 +21,8 @@ class TextDisplay final : public UpdateDisplay {
 
   explicit TextDisplay(Console console, Clock clock = std::chrono::steady_clock::now);
 
-  void Refuse(ExitCode exitCode, std::string_view code,
-              const std::vector<std::string>& lines) override;
+  void Refuse(ExitCode exitCode, std::string_view code, const std::vector<std::string>& lines,
+              std::string_view hint) override;
   void Start(const UpdatePlan& plan) override;
   void StepCompleted(int32_t step) override;
   void Tick() override;

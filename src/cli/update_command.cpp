@@ -95,25 +95,25 @@ ExitCode ExitCodeOf(UpdateOutcome outcome, bool isStopWanted) {
 }
 
 ExitCode Refuse(UpdateDisplay& display, ExitCode exitCode, std::string_view code,
-                const std::vector<std::string>& lines) {
-  display.Refuse(exitCode, code, lines);
+                const std::vector<std::string>& lines, std::string_view hint = {}) {
+  display.Refuse(exitCode, code, lines, hint);
   return exitCode;
 }
 
 // A refusal after signals were held back: one that has arrived since then ends the program.
 ExitCode RefuseLate(UpdateDisplay& display, ExitCode exitCode, std::string_view code,
-                    const std::vector<std::string>& lines) {
-  if (!IsSignalHeldBack()) return Refuse(display, exitCode, code, lines);
+                    const std::vector<std::string>& lines, std::string_view hint = {}) {
+  if (!IsSignalHeldBack()) return Refuse(display, exitCode, code, lines, hint);
   return Refuse(display, ExitCode::kInterrupted, "interrupted", {std::string(words::kInterrupted)});
 }
 
 ExitCode Update(DatFileExamine& datFile, FailureRecord& failures, UpdateDisplay& display) {
-  display.Start(PlanOf(datFile));
   Ending ending;
   const SignalWatch signals({.first = [&] { display.Notice(words::kAdviceNotToStop); },
                              .second = [&] { display.Notice(words::kStopping); },
                              .leave = [&] { ending.Leave(datFile, display); },
                              .tick = [&] { display.Tick(); }});
+  display.Start(PlanOf(datFile));
   const auto progress = [&](int32_t value) {
     if (value < 0) return;  // the outcome tells that better
     failures.StepSucceeded();
@@ -139,13 +139,14 @@ ExitCode RunUpdateCommand(const UpdateArguments& arguments, UpdateDisplay& displ
   }
   InstanceLock lock;
   if (lock.Take() == LockState::kBusy) {
-    return Refuse(display, ExitCode::kBusy, "busy", {std::string(words::kAnotherAtWork)});
+    return Refuse(display, ExitCode::kBusy, "busy", {std::string(words::kAnotherAtWork)},
+                  words::kCloseIt);
   }
   HoldBackSignals();  // from here on there are temporary files to remove
   const TempFiles tempFiles(datFile);
   if (!datFile.ExamineDatFile()) {
     return RefuseLate(display, ExitCode::kPackage, "invalid",
-                      {std::string(words::kFormatError) + arguments.package});
+                      {std::string(words::kFormatError) + arguments.package}, words::kInspectTells);
   }
   const uint32_t count = HidDevice::DeviceCount();
   if (count > 1) {

@@ -21,9 +21,10 @@ class UpdateDisplay {
   UpdateDisplay& operator=(const UpdateDisplay&) = delete;
   virtual ~UpdateDisplay() = default;
 
-  // There will be no update; the lines say why, and `code` does for scripts.
+  // There will be no update; the lines say why, and `code` does for scripts. `hint` tells people
+  // what to do and may be empty.
   virtual void Refuse(ExitCode exitCode, std::string_view code,
-                      const std::vector<std::string>& lines) = 0;
+                      const std::vector<std::string>& lines, std::string_view hint) = 0;
 
   virtual void Start(const UpdatePlan& plan) = 0;
   virtual void StepCompleted(int32_t step) = 0;

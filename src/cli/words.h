@@ -18,6 +18,10 @@ inline constexpr std::string_view kUpdateCompleted =
 inline constexpr std::string_view kUpdateError = "Update Error!";
 inline constexpr std::string_view kAnotherAtWork = "another Hollin is at work";
 
+// What to do about a refusal.
+inline constexpr std::string_view kCloseIt = "Close it, then try again.";
+inline constexpr std::string_view kInspectTells = "hollin-cli inspect PACKAGE tells why.";
+
 inline constexpr std::string_view kUpdateStopped =
     "Update stopped. The keyboard must be updated again before it can be used.";
 inline constexpr std::string_view kInterrupted = "Interrupted before anything was written.";

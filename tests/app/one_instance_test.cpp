@@ -221,7 +221,7 @@ TEST_F(OneInstanceTest, TheWindowKeepsTheCommandLineFromUpdating) {
   const Program first = StartFirst();
   const Program update = Run({kHollinCli, "update", Package()});
   EXPECT_EQ(update->Wait(), 5);
-  EXPECT_EQ(update->Err(), "another Hollin is at work\n");
+  EXPECT_EQ(update->Err(), "another Hollin is at work\nClose it, then try again.\n");
   EXPECT_FALSE(std::filesystem::exists(kTempFile));
   ExpectQuit(*first);
 }

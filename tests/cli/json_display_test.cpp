@@ -26,7 +26,7 @@ class JsonDisplayTest : public ::testing::Test {
 };
 
 TEST_F(JsonDisplayTest, ARefusalIsAnError) {
-  display.Refuse(ExitCode::kKeyboard, "no-keyboard", {"Not there.", "Hold \"A\"."});
+  display.Refuse(ExitCode::kKeyboard, "no-keyboard", {"Not there.", "Hold \"A\"."}, "Try again.");
   EXPECT_EQ(out.str(),
             R"j({"error":{"code":"no-keyboard","message":"Not there. Hold \"A\".","exitCode":4}})j"
             "\n");

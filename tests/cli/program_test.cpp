@@ -5,12 +5,15 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <new>
 #include <sstream>
 
 #include "base/log.h"
+#include "cli/signal_watch.h"
 #include "package/package_writer.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/link_test.h"
@@ -72,6 +75,11 @@ TEST_F(ProgramTest, AUsageErrorIsToldEscapedOnStandardError) {
   EXPECT_EQ(out.str(), "");
 }
 
+TEST_F(ProgramTest, WithoutACommandOneIsAskedFor) {
+  EXPECT_EQ(Run({}), ExitCode::kUsage);
+  EXPECT_THAT(err.str(), StartsWith("hollin-cli: A command is required\n"));
+}
+
 TEST_F(ProgramTest, APackageThatCannotBeOpenedIsNamed) {
   EXPECT_EQ(Run({"update", "/nowhere/a.dat"}), ExitCode::kPackage);
   EXPECT_EQ(err.str(), "Unable to open dat file: /nowhere/a.dat\n");
@@ -81,7 +89,8 @@ TEST_F(ProgramTest, APackageThatCannotBeOpenedIsNamed) {
 TEST_F(ProgramTest, AnInvalidPackageIsNamed) {
   const std::string path = folder.Write("bad.dat", "no package");
   EXPECT_EQ(Run({"update", path}), ExitCode::kPackage);
-  EXPECT_EQ(err.str(), "Checksum or file format error: " + path + "\n");
+  EXPECT_EQ(err.str(),
+            "Checksum or file format error: " + path + "\nhollin-cli inspect PACKAGE tells why.\n");
   EXPECT_THAT(hidapi.calls, ElementsAre());
 }
 
@@ -102,6 +111,21 @@ TEST_F(ProgramTest, WithoutAKeyboardTheButtonsAreNamed) {
             "buttons while powering on the TS30.\n");
   EXPECT_THAT(hidapi.calls, ElementsAre("hid_enumerate", "hid_free_enumeration"));
   EXPECT_FALSE(HasTempFiles());
+}
+
+TEST_F(ProgramTest, CtrlCBeforeAnUpdateThatCannotBeginCountsAsAnInterrupt) {
+  hidapi.deviceCount = 0;
+  HoldBackSignals();
+  kill(getpid(), SIGINT);
+  EXPECT_EQ(Run({"update", MakePackage()}), ExitCode::kInterrupted);
+  EXPECT_EQ(err.str(), "Interrupted before anything was written.\n");
+  EXPECT_EQ(Run({"update", folder.Write("bad.dat", "no package")}), ExitCode::kInterrupted);
+  EXPECT_FALSE(HasTempFiles());
+  sigset_t interrupt;
+  sigemptyset(&interrupt);
+  sigaddset(&interrupt, SIGINT);
+  int taken = 0;
+  EXPECT_EQ(sigwait(&interrupt, &taken), 0);
 }
 
 TEST_F(ProgramTest, NamesOfButtonsCannotSteerTheTerminal) {

@@ -159,9 +159,10 @@ TEST_F(TextDisplayTest, AStoppedUpdateSaysWhatToDo) {
 TEST_F(TextDisplayTest, TextsOfAPackageCannotSteerTheTerminal) {
   TextDisplay display = MakePipe();
   display.Start({.productModel = "\x1B[2J", .firmwareVersion = "1\n2", .packs = {{"A1", 3}}});
-  display.Refuse(ExitCode::kPackage, "unreadable", {"Unable to open dat file: \r\x1B[K"});
+  display.Refuse(ExitCode::kPackage, "unreadable", {"Unable to open dat file: \r\x1B[K"},
+                 "Try another.");
   EXPECT_EQ(out.str(), "Updating to \\x1B[2J 1\\x0A2 in 3 steps\n");
-  EXPECT_EQ(err.str(), "Unable to open dat file: \\x0D\\x1B[K\n");
+  EXPECT_EQ(err.str(), "Unable to open dat file: \\x0D\\x1B[K\nTry another.\n");
 }
 
 TEST_F(TextDisplayTest, AbandoningEndsTheBarsLineOnce) {

@@ -50,6 +50,17 @@ TEST_F(UpdateInterruptTest, TheSecondCtrlCEndsTheUpdateAtTheNextStep) {
   EXPECT_THAT(bus.Record(), HasSubstr("51 04 00 00 00 00 00 00 00 09 01 00 00"));
 }
 
+TEST_F(UpdateInterruptTest, AStepThatFailsAfterTheSecondCtrlCHasTheCodeOfAnInterrupt) {
+  HaltInUpdate();
+  program.Signal(SIGINT);
+  ASSERT_TRUE(program.ReadUntil(kAdvice));
+  program.Signal(SIGINT);
+  ASSERT_TRUE(program.ReadUntil(kStopping));
+  keyboard.Signal(SIGKILL);
+  EXPECT_EQ(program.Wait(), 130);
+  EXPECT_THAT(program.Err(), HasSubstr("Update Error!"));
+}
+
 TEST_F(UpdateInterruptTest, TheThirdCtrlCEndsAtOnce) {
   HaltInUpdate();
   program.Signal(SIGINT);

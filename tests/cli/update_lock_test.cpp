@@ -22,7 +22,7 @@ TEST_F(UpdateLockTest, WhileAnotherHollinIsAtWorkNothingIsTouched) {
   const Ended ended = Run({"update", MakePackage({Counting(100)})});
   EXPECT_EQ(ended.exitCode, 5);
   EXPECT_EQ(ended.out, "");
-  EXPECT_EQ(ended.err, "another Hollin is at work\n");
+  EXPECT_EQ(ended.err, "another Hollin is at work\nClose it, then try again.\n");
   EXPECT_EQ(bus.Record(), "");
 }
 

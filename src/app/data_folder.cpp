@@ -12,7 +12,9 @@
 namespace hollin {
 namespace {
 
-QString Translated(const char* text) { return QCoreApplication::translate("DataStore", text); }
+struct DataStoreText {
+  Q_DECLARE_TR_FUNCTIONS(DataStore)
+};
 
 QString Shown(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
 
@@ -29,9 +31,9 @@ bool QueryFolder(const std::string& path, bool& isFolder, AppError& error) {
     isFolder = S_ISDIR(status.st_mode);
     return true;
   }
-  error = SystemError(
-      errno,
-      Translated("The folder for application data cannot be examined (%1).").arg(Shown(path)));
+  error = SystemError(errno,
+                      DataStoreText::tr("The folder for application data cannot be examined (%1).")
+                          .arg(Shown(path)));
   if (error.code != ENOENT || path.empty()) return false;
   error.domain = kFileErrorDomain;
   error.code = kNoSuchFile;
@@ -42,7 +44,8 @@ bool CreateFolder(const std::string& path, AppError& error) {
   const int number = MakeFolder(path);
   if (number == 0) return true;
   error = SystemError(
-      number, Translated("The folder for application data cannot be made (%1).").arg(Shown(path)));
+      number,
+      DataStoreText::tr("The folder for application data cannot be made (%1).").arg(Shown(path)));
   return false;
 }
 

@@ -80,7 +80,6 @@ void Begin(BusService& bus, MainWindow& window, AppDelegate& delegate,
 }
 
 int RunWindow(const StartRequest& request) {
-  UseLanguageOfLocale();
   UseOwnLook();
   MainWindow window;
   AppDelegate delegate;
@@ -109,6 +108,7 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName("Hollin");
   QApplication::setQuitOnLastWindowClosed(false);  // the delegate decides
   if (argc > 1) request.package = hollin::PackagePath(argv[1]);
+  hollin::UseLanguageOfLocale();
   hollin::InstanceLock lock;
   switch (hollin::StartOnlyOnce(lock, request)) {
     case hollin::StartOutcome::kHandedOver:

@@ -23,17 +23,19 @@ constexpr int kAttempts = 10;
 constexpr auto kBetweenAttempts = 100ms;
 constexpr auto kBetweenLooks = 250ms;
 
-QString Translated(const char* text) { return QCoreApplication::translate("SingleInstance", text); }
+struct SingleInstanceText {
+  Q_DECLARE_TR_FUNCTIONS(SingleInstance)
+};
 
 bool IsFree(InstanceLock& lock) { return lock.Take() != LockState::kBusy; }
 
 StartOutcome AskToWait(InstanceLock& lock, const StartRequest& request) {
-  const std::unique_ptr<QMessageBox> box(
-      MakeAlertBox({.message = Translated("Another Hollin is at work"),
-                    .informativeText = Translated("Hollin starts as soon as it has ended."),
-                    .style = AlertStyle::kWarning},
-                   nullptr));
-  box->addButton(Translated("Quit"), QMessageBox::RejectRole);
+  const std::unique_ptr<QMessageBox> box(MakeAlertBox(
+      {.message = SingleInstanceText::tr("Another Hollin is at work"),
+       .informativeText = SingleInstanceText::tr("Hollin starts as soon as it has ended."),
+       .style = AlertStyle::kWarning},
+      nullptr));
+  box->addButton(SingleInstanceText::tr("Quit"), QMessageBox::RejectRole);
   StartOutcome outcome = StartOutcome::kGivenUp;
   QTimer look;
   QObject::connect(&look, &QTimer::timeout, box.get(), [&] {

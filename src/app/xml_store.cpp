@@ -20,7 +20,9 @@ namespace {
 
 constexpr char kVersion[] = "1";
 
-QString Translated(const char* text) { return QCoreApplication::translate("DataStore", text); }
+struct DataStoreText {
+  Q_DECLARE_TR_FUNCTIONS(DataStore)
+};
 
 QString Shown(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
 
@@ -32,7 +34,8 @@ bool IsMissing(const std::string& path) {
 AppError ReadError(int code, const std::string& path, const QString& reason) {
   return {.domain = kStoreErrorDomain,
           .code = code,
-          .description = Translated("The application data cannot be read (%1).").arg(Shown(path)),
+          .description =
+              DataStoreText::tr("The application data cannot be read (%1).").arg(Shown(path)),
           .failureReason = reason};
 }
 
@@ -106,12 +109,12 @@ bool ReadXmlStore(const std::string& path, const ObjectModel& model, StoredObjec
   if (IsMissing(path)) return true;
   SafeXml xml;
   if (!xml.Open(path)) {
-    error = ReadError(kStoreUnreadable, path, Translated("The file cannot be opened."));
+    error = ReadError(kStoreUnreadable, path, DataStoreText::tr("The file cannot be opened."));
     return false;
   }
   StoredObjects read;
   if (!ReadObjects(xml, model, read)) {
-    error = ReadError(kStoreDamaged, path, Translated("The file is damaged."));
+    error = ReadError(kStoreDamaged, path, DataStoreText::tr("The file is damaged."));
     return false;
   }
   objects = std::move(read);
@@ -128,8 +131,8 @@ bool FitsXml(const QString& text) {
 bool WriteXmlStore(const std::string& path, const StoredObjects& objects, AppError& error) {
   const int number = ReplaceFile(path, TextOf(objects));
   if (number == 0) return true;
-  error = SystemError(number,
-                      Translated("The application data cannot be saved (%1).").arg(Shown(path)));
+  error = SystemError(
+      number, DataStoreText::tr("The application data cannot be saved (%1).").arg(Shown(path)));
   return false;
 }
 

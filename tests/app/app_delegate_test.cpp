@@ -11,6 +11,7 @@
 #include <QUndoStack>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 
@@ -178,7 +179,7 @@ TEST_F(AppDelegateTest, AFolderThatCannotBeMadeIsPresented) {
   EXPECT_EQ(delegate->errors[0].description.toStdString(),
             "The folder for application data cannot be made (" +
                 folder.Path("link/com.tovari.Hollin") + ").");
-  EXPECT_EQ(delegate->errors[0].failureReason, "File exists");
+  EXPECT_EQ(delegate->errors[0].failureReason, QString::fromLocal8Bit(std::strerror(EEXIST)));
 }
 
 TEST_F(AppDelegateTest, AFolderThatCannotBeExaminedIsPresentedAndNotMade) {

@@ -210,6 +210,16 @@ TEST_F(OneInstanceTest, WhoDoesNotWaitQuitsWithTheCodeOfTheCommandLine) {
   ExpectQuit(*first);
 }
 
+TEST_F(OneInstanceTest, TheWaitingStartSpeaksTheUsersLanguage) {
+  const Program first = StartFirstWithoutBus();
+  more = {{"LC_ALL", "de_DE.UTF-8"}, {"LANGUAGE", ""}};
+  const Program second = Run({kHollin}, false);
+  const std::string busy = "Ein anderes Hollin ist bei der Arbeit";
+  EXPECT_TRUE(Eventually([&] { return desktop.Shows(busy); }));
+  desktop.Press(busy, "Return");
+  EXPECT_EQ(second->Wait(), 5);
+}
+
 TEST_F(OneInstanceTest, ABusThatDoesNotAnswerIsLikeNone) {
   more = {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.Path("nowhere")}};
   const Program first = Run({kHollin});

@@ -1,5 +1,4 @@
 <?xml version="1.0" encoding="utf-8"?>
-<!-- SPDX-License-Identifier: MIT -->
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en">
 <context>
@@ -46,6 +45,33 @@
     <message>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>DataStore</name>
+    <message>
+        <source>The folder for application data cannot be examined (%1).</source>
+        <translation>Der Ordner für die Daten des Programms kann nicht untersucht werden (%1).</translation>
+    </message>
+    <message>
+        <source>The folder for application data cannot be made (%1).</source>
+        <translation>Der Ordner für die Daten des Programms kann nicht angelegt werden (%1).</translation>
+    </message>
+    <message>
+        <source>The application data cannot be read (%1).</source>
+        <translation>Die Daten des Programms können nicht gelesen werden (%1).</translation>
+    </message>
+    <message>
+        <source>The file cannot be opened.</source>
+        <translation>Die Datei kann nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>The file is damaged.</source>
+        <translation>Die Datei ist beschädigt.</translation>
+    </message>
+    <message>
+        <source>The application data cannot be saved (%1).</source>
+        <translation>Die Daten des Programms können nicht gesichert werden (%1).</translation>
     </message>
 </context>
 <context>
@@ -114,6 +140,21 @@
     <message>
         <source>Stopped in step %1 of %2 after %3</source>
         <translation>In Schritt %1 von %2 nach %3 abgebrochen</translation>
+    </message>
+</context>
+<context>
+    <name>SingleInstance</name>
+    <message>
+        <source>Another Hollin is at work</source>
+        <translation>Ein anderes Hollin ist bei der Arbeit</translation>
+    </message>
+    <message>
+        <source>Hollin starts as soon as it has ended.</source>
+        <translation>Hollin startet, sobald es beendet ist.</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation>Beenden</translation>
     </message>
 </context>
 <context>

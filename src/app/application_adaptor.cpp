@@ -41,7 +41,11 @@ void ApplicationAdaptor::Open(const QStringList& uris, const QVariantMap& platfo
 void ApplicationAdaptor::ActivateAction(const QString& name, const QVariantList& /*parameter*/,
                                         const QVariantMap& platformData) {
   TakeActivation(platformData);
-  if (name == "quit") Post([this] { emit service->QuitRequested(); });
+  if (name != "quit") return;
+  Post([this] {
+    BusService::Flush();
+    emit service->QuitRequested();
+  });
 }
 
 void ApplicationAdaptor::Post(const std::function<void()>& function) {

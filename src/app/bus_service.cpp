@@ -73,6 +73,17 @@ bool HandOver(const StartRequest& request) {
   return bus && !IsNobodyThere(bus->call(MessageFor(request), QDBus::Block, kLongestWait));
 }
 
+// The library writes from a thread of its own, in order: what comes back was written, and all
+// before.
+void BusService::Flush() {
+  constexpr int kLongestFlush = 500;  // ms
+  const std::optional<QDBusConnection> bus = SessionBus();
+  if (!bus) return;
+  const QDBusMessage message = QDBusMessage::createMethodCall(
+      "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId");
+  static_cast<void>(bus->call(message, QDBus::Block, kLongestFlush));
+}
+
 BusService::BusService(QObject* parent) : QObject(parent) { new ApplicationAdaptor(this); }
 
 BusService::State BusService::Start() {

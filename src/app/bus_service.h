@@ -37,6 +37,9 @@ class BusService : public QObject {
   // Makes the program known. The signals come from the event loop, never from within the bus's
   // call: whoever called must not wait until an alert is dismissed.
   [[nodiscard]] State Start();
+  // What has been answered so far is on its way to the caller when this returns. For a program that
+  // is about to end.
+  static void Flush();
 
  signals:
   void ActivateRequested();

@@ -188,7 +188,7 @@ constexpr std::array kWords = {
           "Section \"{text}\" has no cycles: the chip does not get this command.",
           "List the cycles of the command."},
     Words{FindingCode::kA2CycleKeyBoth, "a2-cycle-key-both",
-          "Key \"{text}\" has both \"addr\" and \"data\" in it and counts as an address.",
+          R"(Key "{text}" has both "addr" and "data" in it and counts as an address.)",
           "Use one of the words."},
     Words{FindingCode::kA2CycleOrder, "a2-cycle-order",
           "Key \"{text}\" comes behind number {other}: the order of the lines counts, not the "

@@ -18,7 +18,6 @@ struct OutcomeWords {
 OutcomeWords WordsOf(UpdateOutcome outcome) {
   switch (outcome) {
     case UpdateOutcome::kSucceeded:
-      return {"succeeded", words::kUpdateCompleted};
     case UpdateOutcome::kSucceededUnacknowledged:
       return {"succeeded", words::kUpdateCompleted};
     case UpdateOutcome::kStopped:

@@ -29,7 +29,8 @@ class Refusing {
   Refusing(const PackArguments& arguments, const Console& console)
       : isJson(arguments.json), console(console) {}
 
-  ExitCode operator()(ExitCode exitCode, std::string_view code, std::string_view message) const {
+  [[nodiscard]] ExitCode operator()(ExitCode exitCode, std::string_view code,
+                                    std::string_view message) const {
     if (isJson) {
       PrintJson(console.out, ErrorJson(exitCode, code, message));
     } else {

@@ -70,11 +70,11 @@ struct LineWords {
 
 constexpr std::array kLineWords = {
     LineWords{DescriptionRemark::kUnclosedHeader, "header-not-closed",
-              "\"{line}\" begins a section header, but has no \"]\""},
+              R"("{line}" begins a section header, but has no "]")"},
     LineWords{DescriptionRemark::kOutsideSections, "line-outside-sections",
               "\"{line}\" stands in no section that an A1 description knows"},
     LineWords{DescriptionRemark::kNoEqualsSign, "line-without-equals-sign",
-              "\"{line}\" has no \"=\""},
+              R"("{line}" has no "=")"},
     LineWords{DescriptionRemark::kBadNumber, "number-invalid", "\"{text}\" is no number"},
 };
 

@@ -211,14 +211,14 @@ void FindInC1(C1Update& updater, const Findings& findings) {
 
 }  // namespace
 
-void FindInFlash(AXUpdate& updater, size_t pack, FindingList& list) {
-  const Findings findings(pack, list);
+void FindInFlash(AXUpdate& updater, size_t pack, FindingList& findings) {
+  const Findings found(pack, findings);
   if (const auto* a1 = dynamic_cast<const A1Update*>(&updater)) {
-    FindInA1(*a1, findings);
+    FindInA1(*a1, found);
   } else if (const auto* a2 = dynamic_cast<const A2Update*>(&updater)) {
-    FindInA2(*a2, findings);
+    FindInA2(*a2, found);
   } else if (auto* c1 = dynamic_cast<C1Update*>(&updater)) {
-    FindInC1(*c1, findings);
+    FindInC1(*c1, found);
   }
 }
 

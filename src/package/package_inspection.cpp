@@ -14,7 +14,7 @@ namespace {
 
 using namespace package_layout;
 
-constexpr uint64_t kMinute = 60 * 1000;  // milliseconds
+constexpr uint64_t kMinute = 60000;  // milliseconds
 constexpr uint64_t kHour = 60 * kMinute;
 
 std::string TextAt(ByteView file, size_t offset, size_t size) {

@@ -148,6 +148,7 @@ class Reader {
   }
 
   // False when the remark is the end of the reading.
+  // NOLINTNEXTLINE(modernize-use-nodiscard): most remarks are told and the reading goes on.
   bool Tell(std::string_view line, const LineRemark& remark) const {
     if (listener) {
       listener({.remark = remark.remark,

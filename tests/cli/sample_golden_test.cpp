@@ -11,7 +11,8 @@ namespace {
 class SampleGoldenTest : public WholeProgramTest {
  protected:
   // The output, with the package's path cut down to its name.
-  std::string Inspect(const std::string& name, const std::vector<std::string>& options) const {
+  [[nodiscard]] std::string Inspect(const std::string& name,
+                                    const std::vector<std::string>& options) const {
     const std::string samples = folder.Path("samples/");
     std::vector<std::string> arguments = {"inspect", samples + name};
     arguments.insert(arguments.end(), options.begin(), options.end());

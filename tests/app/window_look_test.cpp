@@ -227,8 +227,8 @@ TEST_F(WindowLookTest, NoteTellsHowFarTheUpdateIs) {
   EXPECT_EQ(window->progressNote->text(), "Step 1 of 3  \u00B7  0:00 elapsed");
   pauses.Release();
   pauses.AwaitPause();
-  EXPECT_TRUE(QTest::qWaitFor(
-      [this] { return window->progressNote->text().startsWith("Step 2 of 3"); }));
+  EXPECT_TRUE(
+      QTest::qWaitFor([this] { return window->progressNote->text().startsWith("Step 2 of 3"); }));
   pauses.Release(2);
   AwaitEndOfUpdate();
   EXPECT_TRUE(window->progressNote->text().startsWith("Completed in 0:0"));

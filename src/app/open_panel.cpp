@@ -38,7 +38,7 @@ QSettings UserSettings() {
 
 // A package was most likely downloaded.
 QString FirstFolder() {
-  const QString last = UserSettings().value(kFolderKey).toString();
+  QString last = UserSettings().value(kFolderKey).toString();
   if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
   const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
   return QFileInfo(downloads).isDir() ? downloads : QDir::homePath();

@@ -123,17 +123,21 @@ TEST_F(UpdateTest, InvalidPackagesAreRefusedAndNothingIsSent) {
   const std::string good = MakePackage({Counting(100)});
   Bytes flipped = folder.Read("package.dat");
   flipped.back() ^= 1;
-  const std::vector<std::pair<std::string, std::string>> table = {
-      {folder.Path("nowhere.dat"), "Unable to open dat file: "},
-      {folder.Path(), "Unable to open dat file: "},
-      {folder.Write("empty.dat", ""), "Unable to open dat file: "},
-      {folder.Write("short.dat", "x"), "Checksum or file format error: "},
-      {folder.Write("flipped.dat", flipped), "Checksum or file format error: "},
+  struct Row {
+    std::string path, words, advice;
   };
-  for (const auto& [path, words] : table) {
+  const std::string advice = "hollin-cli inspect PACKAGE tells why.\n";
+  const std::vector<Row> table = {
+      {folder.Path("nowhere.dat"), "Unable to open dat file: ", ""},
+      {folder.Path(), "Unable to open dat file: ", ""},
+      {folder.Write("empty.dat", ""), "Unable to open dat file: ", ""},
+      {folder.Write("short.dat", "x"), "Checksum or file format error: ", advice},
+      {folder.Write("flipped.dat", flipped), "Checksum or file format error: ", advice},
+  };
+  for (const auto& [path, words, then] : table) {
     const Ended ended = Run({"update", path});
     EXPECT_EQ(ended.exitCode, 3) << path;
-    EXPECT_EQ(ended.err, words + path + "\n");
+    EXPECT_EQ(ended.err, std::string(words).append(path).append("\n").append(then));
     EXPECT_EQ(ended.out, "");
   }
   EXPECT_EQ(bus.Record(), "");

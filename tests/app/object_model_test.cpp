@@ -63,8 +63,7 @@ TEST_F(ObjectModelTest, WhatIsNoModelIsRefused) {
         "<model version='1'><entity name='a'/><entity name='a'/></model>",
         "<model version='1'><entity name='a'><entity name='b'/></entity></model>",
         "<model version='1'><entity name='a'>x</entity></model>",
-        "<model version='1'><entity name='a'><attribute name='b'/><attribute name='b'/></entity>"
-        "</model>",
+        R"(<model version='1'><entity name='a'><attribute name='b'/><attribute name='b'/></entity></model>)",
         "<model version='1'><entity name='a'><attribute name='b'><c/></attribute></entity></model>",
         "<model version='1'></other>",
         "<model version='1'/>text",

@@ -144,6 +144,7 @@ TEST_F(OneInstanceTest, OfManyStartsAtOnceOneWindowIsLeft) {
   const std::string script =
       std::string(kHollin) + "; code=$?; echo >>'" + folder.Path("ended") + "'; exit $code";
   std::vector<Program> programs;
+  programs.reserve(3);
   for (int i = 0; i < 3; i++) programs.push_back(Run({"/bin/sh", "-c", script}));
   EXPECT_TRUE(Eventually([this] {
     std::error_code missing;

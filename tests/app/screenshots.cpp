@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressBar>
@@ -105,6 +106,7 @@ void TakeAll(Album& album) {
 }  // namespace
 }  // namespace hollin
 
+// NOLINTNEXTLINE(bugprone-exception-escape): no picture is made then, and that is all.
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
   const QApplication application(argc, argv);

@@ -19,6 +19,8 @@
 namespace hollin {
 namespace {
 
+constexpr const char* kNameAndVersion = "Hollin " HOLLIN_VERSION;
+
 class WindowLanguageTest : public WindowTest {
  protected:
   void Launch(const char* locale) {
@@ -153,10 +155,10 @@ TEST_F(WindowLanguageTest, GermanWindowHasNoEnglishTextLeft) {
   german.insert(german.end(), about.begin(), about.end());
   ASSERT_EQ(german.size(), english.size());
   // The same in every language.
-  const std::vector<std::string> names = {
-      "",      "\u2013",   "&Keyboard", "Hollin " HOLLIN_VERSION, "Hollin",  "MIT",
-      "Qt 6",  "LGPL-3.0", "hidapi",    "BSD-3-Clause",           "libudev", "LGPL-2.1",
-      "{fmt}", "utfcpp",   "BSL-1.0"};
+  const std::vector<std::string> names = {"",       "\u2013",       "&Keyboard", kNameAndVersion,
+                                          "Hollin", "MIT",          "Qt 6",      "LGPL-3.0",
+                                          "hidapi", "BSD-3-Clause", "libudev",   "LGPL-2.1",
+                                          "{fmt}",  "utfcpp",       "BSL-1.0"};
   for (size_t i = 0; i < english.size(); i++) {
     if (std::ranges::find(names, english[i]) != names.end()) continue;
     EXPECT_NE(german[i], english[i]);

@@ -14,6 +14,8 @@
 namespace hollin {
 namespace {
 
+constexpr const char* kNameAndVersion = "Hollin " HOLLIN_VERSION;
+
 class WindowMenuTest : public WindowTest {
  protected:
   void SetUp() override {
@@ -157,8 +159,8 @@ TEST_F(WindowMenuTest, AboutShowsTheVersionAndTheLicences) {
     EXPECT_EQ(label->textFormat(), Qt::PlainText);
     texts.push_back(label->text().toStdString());
   }
-  EXPECT_THAT(texts, ::testing::IsSupersetOf({"Hollin " HOLLIN_VERSION, "MIT", "Qt 6", "LGPL-3.0",
-                                              "hidapi", "BSD-3-Clause"}));
+  EXPECT_THAT(texts, ::testing::IsSupersetOf(
+                         {kNameAndVersion, "MIT", "Qt 6", "LGPL-3.0", "hidapi", "BSD-3-Clause"}));
 }
 
 TEST_F(WindowMenuTest, PaintedIsToldOnce) {

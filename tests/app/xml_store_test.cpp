@@ -76,15 +76,8 @@ TEST_F(XmlStoreTest, WhatIsWrittenIsReadAgain) {
 
 TEST_F(XmlStoreTest, ADamagedFileIsAnErrorAndGivesNothing) {
   for (const char* text :
-       {"",
-        "\n",
-        "text",
-        "<store version='1'>",
-        "<store/>",
-        "<store version='2'/>",
-        "<model version='1'/>",
-        "<store version='1'/>text",
-        "<store version='1'>text</store>",
+       {"", "\n", "text", "<store version='1'>", "<store/>", "<store version='2'/>",
+        "<model version='1'/>", "<store version='1'/>text", "<store version='1'>text</store>",
         "<store version='1'><other/></store>",
         "<store version='1'><object id='1' entity='Mark'/><object id='1' entity='Mark'/></store>",
         "<store version='1'><object id='x' entity='Mark'/></store>",
@@ -93,6 +86,7 @@ TEST_F(XmlStoreTest, ADamagedFileIsAnErrorAndGivesNothing) {
         "<store version='1'><object entity='Mark'/></store>",
         "<store version='1'><object id='1'/></store>",
         "<store version='1'><object id='1' entity='Other'/></store>",
+        // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one text on two lines.
         "<store version='1'><object id='1' entity='Mark'><object id='2' entity='Mark'/></object>"
         "</store>",
         "<store version='1'><object id='1' entity='Mark'><value "
@@ -101,8 +95,7 @@ TEST_F(XmlStoreTest, ADamagedFileIsAnErrorAndGivesNothing) {
         "<value attribute='text'/></object></store>",
         "<store version='1'><object id='1' entity='Note'><value attribute='text'>x</value></object>"
         "</store>",
-        "<store version='1'>\xFF</store>",
-        "<store version='1'>\x01</store>"}) {
+        "<store version='1'>\xFF</store>", "<store version='1'>\x01</store>"}) {
     error = {};
     EXPECT_FALSE(ReadText(text)) << text;
     EXPECT_EQ(objectsRead, StoredObjects{});
@@ -124,7 +117,7 @@ TEST_F(XmlStoreTest, EntitiesAreNeitherExpandedNorFetched) {
         "[<!ENTITY x SYSTEM 'file://" + secret + "'>]", "SYSTEM 'file://" + secret + "'",
         std::string("[<!ENTITY a 'aaaaaaaaaa'><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'>"
                     "<!ENTITY x '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'>]")}) {
-    EXPECT_FALSE(ReadText(begin + type + end)) << type;
+    EXPECT_FALSE(ReadText(std::string(begin).append(type).append(end))) << type;
     EXPECT_EQ(objectsRead, StoredObjects{});
   }
   EXPECT_FALSE(ReadText("<store version='1'>&x;</store>"));

@@ -181,7 +181,8 @@ ReferenceUpdate A2AndC1() {
   const ReferenceC1 pack{.sectorSize = 4096, .reserved = {0x2000}, .image = Noise(6 * 4096 + 1, 9)};
   simulator::KeyboardOptions keyboard = A2Keyboard(sectors);
   keyboard.c1.capacities = {{{10 * 4096, 0}, {}}};
-  return {"two packs, A2 and C1", {A2Pack(sectors, 32, Noise(5 * 0x800, 8)), pack}, keyboard};
+  return {
+      "two packs, A2 and C1", {A2Pack(sectors, 32, Noise(size_t{5} * 0x800, 8)), pack}, keyboard};
 }
 
 ReferenceUpdate TwoA2() {

@@ -29,7 +29,7 @@ inline std::string ObjectError(const Json& schema, const Json& json) {
       return "has " + key;
     }
     const std::string error = SchemaError(properties[key], value);
-    if (!error.empty()) return key + ": " + error;
+    if (!error.empty()) return std::string(key).append(": ").append(error);
   }
   return "";
 }

@@ -122,9 +122,9 @@ size_t AssumedSizes(const std::string& reserved, size_t imageSize) {
 }
 
 TEST(A2LastSectorSizeTest, IsFoundWhereTheImageReachesTheLastSector) {
-  EXPECT_EQ(AssumedSizes("0", 3 * 131072 - 1), 0U);
-  EXPECT_EQ(AssumedSizes("0", 3 * 131072), 0U);
-  EXPECT_EQ(AssumedSizes("0", 3 * 131072 + 2), 1U);
+  EXPECT_EQ(AssumedSizes("0", size_t{3} * 131072 - 1), 0U);
+  EXPECT_EQ(AssumedSizes("0", size_t{3} * 131072), 0U);
+  EXPECT_EQ(AssumedSizes("0", size_t{3} * 131072 + 2), 1U);
 }
 
 TEST(A2LastSectorSizeTest, DoesNotMatterWhereThatSectorIsReserved) {

@@ -48,27 +48,28 @@ TEST_F(ObjectModelTest, TheOneInTheBundleIsEmpty) {
 }
 
 TEST_F(ObjectModelTest, WhatIsNoModelIsRefused) {
-  for (const char* text :
-       {"",
-        " ",
-        "text",
-        "<model",
-        "<model version='1'>",
-        "<model/>",
-        "<model version='2'/>",
-        "<store version='1'/>",
-        "<model version='1'/><model version='1'/>",
-        "<model version='1'>text</model>",
-        "<model version='1'><other/></model>",
-        "<model version='1'><entity name='a'/><entity name='a'/></model>",
-        "<model version='1'><entity name='a'><entity name='b'/></entity></model>",
-        "<model version='1'><entity name='a'>x</entity></model>",
-        R"(<model version='1'><entity name='a'><attribute name='b'/><attribute name='b'/></entity></model>)",
-        "<model version='1'><entity name='a'><attribute name='b'><c/></attribute></entity></model>",
-        "<model version='1'></other>",
-        "<model version='1'/>text",
-        "\xFF\xFE",
-        "<model version='1'>\xC3(</model>"}) {
+  for (
+      const char* text :
+      {"",
+       " ",
+       "text",
+       "<model",
+       "<model version='1'>",
+       "<model/>",
+       "<model version='2'/>",
+       "<store version='1'/>",
+       "<model version='1'/><model version='1'/>",
+       "<model version='1'>text</model>",
+       "<model version='1'><other/></model>",
+       "<model version='1'><entity name='a'/><entity name='a'/></model>",
+       "<model version='1'><entity name='a'><entity name='b'/></entity></model>",
+       "<model version='1'><entity name='a'>x</entity></model>",
+       R"(<model version='1'><entity name='a'><attribute name='b'/><attribute name='b'/></entity></model>)",
+       "<model version='1'><entity name='a'><attribute name='b'><c/></attribute></entity></model>",
+       "<model version='1'></other>",
+       "<model version='1'/>text",
+       "\xFF\xFE",
+       "<model version='1'>\xC3(</model>"}) {
     EXPECT_EQ(Load(text), nullptr) << text;
   }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Two programs of one user must not update at the same time.
 #include <csignal>
+#include <cstdlib>
 
 #include "app/instance_lock.h"
 #include "tests/cli/whole_program_test.h"
@@ -10,6 +11,8 @@ namespace {
 
 class UpdateLockTest : public WholeProgramTest {
  protected:
+  UpdateLockTest() { setenv("XDG_RUNTIME_DIR", bus.RuntimeFolder().c_str(), 1); }
+
   [[nodiscard]] Subprocess::Setup UpdateSetup() const {
     return SetupOf({"update", MakePackage({Counting(100)})});
   }

@@ -19,7 +19,8 @@ std::vector<std::pair<std::string, std::string>> SimulatedBus::Environment() con
   return {{"LD_LIBRARY_PATH", HOLLIN_STANDIN_DIR},
           {"TS30_SIMULATOR_DIR", folder.Path()},
           {"TS30_STANDIN_LOG", recordFolder.Path("record")},
-          {"TS30_STANDIN_SKIP_PAUSES", "1"}};
+          {"TS30_STANDIN_SKIP_PAUSES", "1"},
+          {"XDG_RUNTIME_DIR", recordFolder.Path()}};  // a Hollin of the developer's is another one
 }
 
 std::string SimulatedBus::Record() const {

@@ -20,6 +20,8 @@ class SimulatedBus {
   [[nodiscard]] std::vector<std::pair<std::string, std::string>> Environment() const;
 
   [[nodiscard]] const std::string& Folder() const { return folder.Path(); }
+  // Where the programs of this bus have their lock.
+  [[nodiscard]] const std::string& RuntimeFolder() const { return recordFolder.Path(); }
   // The hidapi calls, reports and pauses of the programs so far, one a line.
   [[nodiscard]] std::string Record() const;
 

@@ -181,7 +181,7 @@ RunResult CampaignUpdate::Run(const RunFault& fault) {
   const Trace trace = RunProgram(keyboard, fault.secondKeyboardAt);
 
   RunResult result{.succeeded = trace.succeeded,
-                   .hasStruck = trace.secondCame || keyboard.FaultsStruck() > ownFaults,
+                   .hasStruck = HasStruck(trace, keyboard),
                    .reports = trace.reports.size(),
                    .paused = Sum(trace.pauses),
                    .violations = {}};
@@ -194,6 +194,13 @@ RunResult CampaignUpdate::Run(const RunFault& fault) {
   CheckRun(trace, keyboard, fault, result);
   CheckSecondRun(keyboard, result);
   return result;
+}
+
+// A run that came to its end has met the update's own faults too; one that did not was ended by the
+// fault.
+bool CampaignUpdate::HasStruck(const Trace& trace, const Keyboard& keyboard) const {
+  return trace.secondCame || keyboard.FaultsStruck() > ownFaults ||
+         (isReady && !trace.succeeded && keyboard.FaultsStruck() > 0);
 }
 
 CampaignUpdate::Trace CampaignUpdate::RunProgram(Keyboard& keyboard, uint64_t secondKeyboardAt) {

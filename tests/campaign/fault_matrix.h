@@ -66,6 +66,7 @@ class CampaignUpdate {
   [[nodiscard]] bool Load();
   [[nodiscard]] simulator::KeyboardOptions OptionsFor(const RunFault& fault) const;
   [[nodiscard]] Trace RunProgram(simulator::Keyboard& keyboard, uint64_t secondKeyboardAt);
+  [[nodiscard]] bool HasStruck(const Trace& trace, const simulator::Keyboard& keyboard) const;
   void CheckRun(const Trace& trace, simulator::Keyboard& keyboard, const RunFault& fault,
                 RunResult& result);
   void CheckEnd(const Trace& trace, RunResult& result) const;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The fault matrix, whole, over as many processes as are wanted:
 //
-//   hollin_campaign [JOBS]
+//   hollin_campaign [JOBS [UPDATE]]   of all updates, or of the one with that number, from 1
 //
 // Prints one line an update, every violation, and the total. Exits with 1 when there was a
 // violation or the matrix is smaller than promised.
@@ -115,13 +115,15 @@ void Print(const char* name, const Figures& figures, double seconds) {
               static_cast<double>(figures.longestPause) / 1000, seconds);
 }
 
-int Main(size_t jobs) {
+int Main(size_t jobs, size_t only) {
   using Clock = std::chrono::steady_clock;
   std::printf("%-40s %8s %9s %9s %10s %8s %11s %9s\n", "update", "runs", "succeeded", "failed",
               "violations", "reports", "pauses", "took");
   Figures total;
   const Clock::time_point begin = Clock::now();
+  size_t number = 0;
   for (const ReferenceUpdate& reference : ReferenceUpdates()) {
+    if (++number != only && only != 0) continue;
     const Clock::time_point start = Clock::now();
     CampaignUpdate update(reference);
     Figures figures{.violations = 1};
@@ -131,7 +133,7 @@ int Main(size_t jobs) {
     total.Add(figures);
   }
   Print("all", total, std::chrono::duration<double>(Clock::now() - begin).count());
-  return total.violations == 0 && total.runs >= kFewestRuns ? 0 : 1;
+  return total.violations == 0 && (only != 0 || total.runs >= kFewestRuns) ? 0 : 1;
 }
 
 }  // namespace
@@ -139,5 +141,6 @@ int Main(size_t jobs) {
 
 int main(int argc, char** argv) {
   const size_t jobs = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 1;
-  return hollin::campaign::Main(std::max<size_t>(jobs, 1));
+  const size_t only = argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 0;
+  return hollin::campaign::Main(std::max<size_t>(jobs, 1), only);
 }

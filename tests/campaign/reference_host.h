@@ -92,6 +92,9 @@ class ReferenceHost {
   // One update, from the first mode command to the end command. True when every step succeeded.
   bool Update(const std::vector<ReferencePack>& packs);
 
+  // One reply of at most so many bytes; none when nothing of it could be taken.
+  std::optional<Bytes> Receive(size_t capacity);
+
  private:
   bool Steps(const ReferenceA1& pack);
   bool Steps(const ReferenceA2& pack);
@@ -112,7 +115,6 @@ class ReferenceHost {
 
   bool Open();
   bool Send(const Bytes& message);
-  std::optional<Bytes> Receive(size_t capacity);
   bool Ask(const Bytes& command, const Bytes& reply, size_t compared);
   bool Ask(const Bytes& command, const Bytes& reply) { return Ask(command, reply, reply.size()); }
   bool Await(uint8_t status);

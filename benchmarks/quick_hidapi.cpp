@@ -1,10 +1,18 @@
 // SPDX-License-Identifier: MIT
 // A hidapi that costs next to nothing: one keyboard is there, takes every report, and answers each
 // command at once as a good one would. Every sum it tells is 0, so images of zeros are verified.
+// As a shared library it serves whole programs; then, if QUICK_FRAME_NS is set, every report takes
+// the frame that follows, and frames come in that rhythm. At the end of the link the file that
+// QUICK_WAITED names gets what the scheduler tells of the thread: nanoseconds that it ran, and that
+// it waited for a processor.
+#include <fcntl.h>
 #include <hidapi.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <ctime>
 #include <initializer_list>
 
 struct hid_device_ {};
@@ -18,6 +26,34 @@ hid_device_ theDevice;
 const unsigned char* lastReport = nullptr;  // only looked at: the sender may time its writes
 bool isAnswered = true;
 bool awaitsData = false;  // of a block
+int64_t frameLength = 0;  // nanoseconds, 0 for no frames
+
+int64_t Now() {
+  timespec time = {};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+// Sleeps most of the time and then looks at the clock: waking up takes a while.
+void AwaitFrame() {
+  constexpr int64_t kWakingUp = 100'000;
+  const int64_t end = (Now() / frameLength + 1) * frameLength;
+  if (end - Now() > 2 * kWakingUp) {
+    const timespec early = {.tv_sec = 0, .tv_nsec = end - Now() - kWakingUp};
+    clock_nanosleep(CLOCK_MONOTONIC, 0, &early, nullptr);
+  }
+  while (Now() < end) continue;
+}
+
+void TellWaited(const char* path) {
+  char text[64];
+  const int from = open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC);
+  const int to = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  const ssize_t length = read(from, text, sizeof text);
+  if (length <= 0 || write(to, text, static_cast<size_t>(length)) != length) std::abort();
+  close(from);
+  close(to);
+}
 
 // The report buffer may be the one that was sent: what is in the payload stays there, and counts as
 // the echo.
@@ -45,14 +81,18 @@ hid_device_info* hid_enumerate(unsigned short /*vendorId*/, unsigned short /*pro
 void hid_free_enumeration(hid_device_info* /*list*/) {}
 hid_device* hid_open(unsigned short /*vendorId*/, unsigned short /*productId*/,
                      const wchar_t* /*serial*/) {
+  const char* const frame = std::getenv("QUICK_FRAME_NS");
+  if (frame != nullptr) frameLength = std::atoll(frame);
   return &theDevice;
 }
 int hid_write(hid_device* /*device*/, const unsigned char* data, size_t length) {
+  if (frameLength != 0) AwaitFrame();
   lastReport = data;
   isAnswered = false;
   return static_cast<int>(length);
 }
 int hid_read(hid_device* /*device*/, unsigned char* data, size_t /*length*/) {
+  if (frameLength != 0) AwaitFrame();
   if (isAnswered) return ReplyWith(data, 0xD4);  // the second of a block's two status bytes
   isAnswered = true;
   if (awaitsData) {
@@ -76,5 +116,8 @@ int hid_read(hid_device* /*device*/, unsigned char* data, size_t /*length*/) {
       return Reply(data, data[1]);  // as long as what was sent
   }
 }
-void hid_close(hid_device* /*device*/) {}
+void hid_close(hid_device* /*device*/) {
+  const char* const path = std::getenv("QUICK_WAITED");
+  if (path != nullptr) TellWaited(path);
+}
 int hid_exit() { return 0; }

@@ -1,0 +1,76 @@
+# SPDX-License-Identifier: MIT
+"""Opening a package: `hollin-cli update` with no keyboard there opens it, and ends."""
+import statistics
+
+import packages
+import tools
+from table import Line, at_most, row
+from windows import started
+
+FLOOR = tools.OWN / "hollin_examine_floor"
+NO_KEYBOARD = 4  # the exit code
+MIB = packages.MIB
+KINDS = {"A1": packages.a1, "A2": packages.a2, "C1": packages.c1}
+
+
+def package(kind, size):
+    path = tools.work() / f"{kind}-{size}.dat"
+    pack = KINDS[kind](size)
+    return (path if path.exists() else packages.write(path.stem, pack)), len(pack.description)
+
+
+def opened(path):
+    return tools.check(tools.CLI, "update", path, env=tools.NO_KEYBOARD, code=NO_KEYBOARD)
+
+
+def times(kind, size, count):
+    """Pairs of seconds of the processor, which is all that it takes on a tmpfs, with what the two take for next to nothing taken off."""
+    def pair(size):
+        path, description = package(kind, size)
+        return lambda: opened(path).cpu, lambda: tools.check(FLOOR, path, description).cpu
+    starts = tools.pairs(9, *pair(2 * 0x10000))
+    own, floor = (statistics.median(column) for column in zip(*starts))
+    return [(a - own, b - floor) for a, b in tools.pairs(count, *pair(size))]
+
+
+@row
+def opening():
+    lines = []
+    for kind in KINDS:
+        ratio = tools.median_ratio(times(kind, 16 * MIB, 15))
+        lines.append(at_most(f"opening a package of 16 MiB, over the floor, {kind}", ratio, 1.25))
+    small, large = times("A2", 16 * MIB, 9), times("A2", 256 * MIB, 3)
+    growth = statistics.median(a for a, _ in large) / statistics.median(a for a, _ in small) / 16
+    return [*lines, at_most("opening a package of 256 MiB, over the floor, A2", tools.median_ratio(large), 1.25),
+            at_most("opening: time per MiB at 256 MiB over 16 MiB, A2", growth, 1.15)]
+
+
+@row
+def opening_memory():
+    small, large = (opened(package("A2", size)[0]).peak for size in (16 * MIB, 256 * MIB))
+    growth = (large - small - 2 * MIB) / (240 * MIB)
+    return [at_most("memory from 16 to 256 MiB, less 2 MiB, over the image's growth", growth, 2.0), *reopening()]
+
+
+def reopening():
+    """A second start hands its package to the window that is there."""
+    path, _ = package("A2", 16 * MIB)
+    with tools.desktop() as env, started(tools.WINDOW, env, path) as window:
+        window.settle()
+        tools.check(tools.WINDOW, path, env=env | tools.QUICK)
+        window.settle()
+        first = window.kib("VmHWM")
+        for _ in range(18):
+            tools.check(tools.WINDOW, path, env=env | tools.QUICK)
+        window.settle()
+        growth = (window.kib("VmHWM") - first) / 1024
+    return [at_most("memory: growth from the 2nd to the 20th opening of one file", growth, 1, " MiB")]
+
+
+@row
+def largest():
+    path, _ = package("A1", 1024 * MIB)
+    code = tools.run(tools.CLI, "update", path, env=tools.NO_KEYBOARD).code
+    path.unlink()
+    return [Line("a package of 1 GiB opens", "yes", "yes" if code == NO_KEYBOARD else f"exit code {code}",
+                 code == NO_KEYBOARD)]

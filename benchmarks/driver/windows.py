@@ -1,0 +1,147 @@
+# SPDX-License-Identifier: MIT
+"""The window: its start, its memory, its rest, its main thread. And what the programs are made of."""
+import contextlib
+import itertools
+import shutil
+import statistics
+import time
+from pathlib import Path
+
+import packages
+import tools
+from table import Line, at_most, row
+
+EMPTY = tools.OWN / "hollin_empty_window"
+CAPTION = "Varnholt TS30 Firmware Update V2.0.0"
+serial = itertools.count()
+
+
+class Window:
+    """A running window program, looked into by the probe."""
+
+    def __init__(self, process, probe, begin):
+        self.process, self.probe, self.begin = process, probe, begin
+
+    def told(self, what):
+        lines = [line.split() for line in self.probe.read_text().splitlines() if line.startswith(what)]
+        return [(int(time) / 1e9, int(length) / 1e9) for _, time, length in lines]
+
+    def painted(self):
+        return tools.await_true(lambda: self.told("painted"), "the first picture")[0][0] - self.begin
+
+    def proc(self, pattern):
+        return [path.read_text() for path in Path(f"/proc/{self.process.pid}").glob(pattern)]
+
+    def kib(self, name):
+        return next(int(line.split()[1]) for line in self.proc("status")[0].splitlines() if line.startswith(name + ":"))
+
+    def spent(self):
+        """Context switches and nanoseconds of the processor so far, of all threads."""
+        switches = sum(int(line.split()[1]) for text in self.proc("task/*/status")
+                       for line in text.splitlines() if "ctxt_switches" in line)
+        return switches, sum(int(text.split()[0]) for text in self.proc("task/*/schedstat"))
+
+    def settle(self):
+        """Waits until nothing has happened for a second."""
+        self.painted()
+        last = None
+        while last != (last := self.spent()):
+            time.sleep(1)
+
+
+@contextlib.contextmanager
+def started(program, env, *arguments, keyboard=tools.QUICK):
+    probe = tools.work() / f"probe{next(serial)}"
+    probe.touch()
+    own = {"LD_PRELOAD": f"{tools.OWN}/libhollin_window_probe.so", "WINDOW_PROBE": str(probe)} | keyboard
+    begin = time.monotonic()
+    with tools.background(program, *arguments, env=env | own) as process:
+        yield Window(process, probe, begin)
+
+
+def time_to_painted(program, env):
+    with started(program, env) as window:
+        return window.painted()
+
+
+@row
+def start():
+    with tools.desktop() as env:
+        time_to_painted(tools.WINDOW, env), time_to_painted(EMPTY, env)  # files are read from the disk once
+        results = tools.pairs(25, lambda: time_to_painted(tools.WINDOW, env), lambda: time_to_painted(EMPTY, env))
+    return [at_most("start to painted window, over an empty window", tools.median_ratio(results), 1.25)]
+
+
+def peak_after_start(program, env):
+    with started(program, env) as window:
+        window.settle()
+        return window.kib("VmHWM")
+
+
+@row
+def start_memory():
+    with tools.desktop() as env:
+        results = tools.pairs(5, lambda: peak_after_start(tools.WINDOW, env), lambda: peak_after_start(EMPTY, env))
+    return [at_most("peak memory after start, over an empty window", tools.median_ratio(results), 1.20)]
+
+
+@row
+def idle():
+    package = packages.write("idle", packages.a1(packages.MIB))
+    with tools.desktop() as env, started(tools.WINDOW, env, package) as window:
+        window.settle()
+        before = window.spent()
+        time.sleep(5)
+        switches, cpu = (after - start for after, start in zip(window.spent(), before))
+    return [Line("idle for 5 s with a package loaded: context switches, CPU", "0, 0 ms", f"{switches}, {cpu / 1e6:.2f} ms",
+                 switches == 0 and cpu == 0)]
+
+
+def is_shown(title, env):
+    return tools.run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$", env=env).code == 0
+
+
+def press(key, title, env):
+    window = tools.output("xdotool", "search", "--onlyvisible", "--name", f"^{title}$", env=env).split()[0]
+    tools.check("xdotool", "windowfocus", "--sync", window, "key", key, env=env)
+
+
+def longest_stretch(package, env, keyboard):
+    with started(tools.WINDOW, env, package, keyboard=tools.QUICK | keyboard) as window:
+        window.settle()
+        begin = time.monotonic()
+        press("ctrl+u", CAPTION, env)
+        tools.await_true(lambda: is_shown("Information", env), "the end of the update", 60)
+        return max((length for end, length in window.told("busy") if end > begin), default=0)
+
+
+@row
+def main_thread():
+    package = packages.write("window", packages.a1(16 * packages.MIB), zeros=True)
+    paced = packages.write("paced", packages.a1(0x30000), zeros=True)
+    with tools.desktop() as env:
+        steps = [longest_stretch(package, env, {"QUICK_SKIP_PAUSES": "1"}) for _ in range(3)]
+        waits = [longest_stretch(paced, env, {"QUICK_FRAME_NS": "125000"}) for _ in range(3)]
+    return [at_most("main thread while an update runs: longest time without answering",
+                    max(statistics.median(steps), statistics.median(waits)) * 1000, 50, " ms", 1)]
+
+
+def stripped(program):
+    copy = tools.work() / program.name
+    shutil.copy(program, copy)
+    tools.check("strip", copy)
+    return copy.stat().st_size / packages.MIB
+
+
+def libraries(program):
+    return len(tools.output("ldd", program).splitlines())
+
+
+@row
+def programs():
+    return [
+        at_most("hollin: stripped size", stripped(tools.WINDOW), 1, " MiB"),
+        at_most("hollin: libraries", libraries(tools.WINDOW), 55, "", 0),
+        at_most("hollin-cli: stripped size", stripped(tools.CLI), 1, " MiB"),
+        at_most("hollin-cli: libraries", libraries(tools.CLI), 14, "", 0),
+    ]

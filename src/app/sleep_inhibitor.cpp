@@ -24,8 +24,9 @@ QDBusMessage InhibitCall(const QString& reason) {
 void SleepInhibitor::Hold(const QString& reason) {
   isWanted = true;
   const int hold = ++holdCount;
-  auto* const watcher = new QDBusPendingCallWatcher(
-      QDBusConnection::systemBus().asyncCall(InhibitCall(reason)), this);
+  const QDBusPendingCall call = QDBusConnection::systemBus().asyncCall(InhibitCall(reason));
+  if (call.isError()) return;  // no bus: such a call is never finished
+  auto* const watcher = new QDBusPendingCallWatcher(call, this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, hold, watcher] {
     const QDBusPendingReply<QDBusUnixFileDescriptor> reply = *watcher;
     if (isWanted && hold == holdCount && !reply.isError()) lock = reply.value();

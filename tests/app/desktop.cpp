@@ -3,17 +3,11 @@
 
 #include <X11/Xlib.h>
 
-#include <chrono>
 #include <csignal>
 #include <stdexcept>
-#include <thread>
 
 namespace hollin {
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto kTooLong = 20s;
 
 // With -displayfd the server chooses a free number itself and tells it when it is ready. Without
 // -noreset it would start afresh, and refuse connections meanwhile, whenever its last client
@@ -22,15 +16,6 @@ const Subprocess::Setup kServer = {.command = {"/usr/bin/Xvfb", "-displayfd", "1
                                                "1024x768x24", "-noreset", "-nolisten", "tcp"}};
 
 }  // namespace
-
-bool Eventually(const std::function<bool()>& isTrue) {
-  const auto end = std::chrono::steady_clock::now() + kTooLong;
-  while (!isTrue()) {
-    if (std::chrono::steady_clock::now() >= end) return false;
-    std::this_thread::sleep_for(10ms);
-  }
-  return true;
-}
 
 Desktop::Desktop() : server(kServer) {
   if (!server.ReadUntil("\n")) throw std::runtime_error("no X server: " + server.Err());

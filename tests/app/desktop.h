@@ -3,16 +3,12 @@
 // Windows are named by their titles.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <utility>
 
 #include "tests/support/subprocess.h"
 
 namespace hollin {
-
-// Asks again and again until `isTrue` or it takes too long; the last answer.
-[[nodiscard]] bool Eventually(const std::function<bool()>& isTrue);
 
 class Desktop {
  public:

@@ -14,6 +14,8 @@
 #include "base/file.h"
 #include "package/package_writer.h"
 #include "tests/app/desktop.h"
+#include "tests/app/eventually.h"
+#include "tests/app/system_bus.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/simulator_process.h"
 #include "tests/support/temp_folder.h"
@@ -72,6 +74,7 @@ class WindowProgramTest : public ::testing::Test {
     environment.emplace_back("QT_QPA_PLATFORM", "xcb");
     environment.emplace_back("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     environment.emplace_back("XDG_DATA_HOME", folder.Path("data"));
+    environment.push_back(systemBus.Environment());
     hollin.emplace(Subprocess::Setup{.command = command, .environment = environment});
     ASSERT_TRUE(Eventually([this] { return desktop.Shows(caption); }));
   }
@@ -115,6 +118,7 @@ class WindowProgramTest : public ::testing::Test {
 
   TempFolder folder;
   SimulatedBus bus;
+  SystemBus systemBus;
   Desktop desktop;
   std::string caption = "Varnholt TS30 Firmware Update V2.0.0";
   std::optional<SimulatorProcess> keyboard;
@@ -196,6 +200,16 @@ TEST_F(WindowProgramTest, HiddenWindowComesBackWhenTheKeyboardIsPulled) {
   keyboard->Signal(SIGUSR1);
   ExpectAlert("Error");
   EXPECT_TRUE(desktop.Shows(caption));
+}
+
+TEST_F(WindowProgramTest, MachineIsKeptAwakeWhileTheProgramUpdates) {
+  systemBus.StartLogind();
+  const auto isHeld = [] { return SystemBus::IsHeldFor("A keyboard is being updated"); };
+  StartEndlessUpdate();
+  EXPECT_TRUE(Eventually(isHeld));
+  keyboard->Signal(SIGUSR1);
+  ExpectAlert("Error");
+  EXPECT_TRUE(Eventually([&] { return !isHeld(); }));
 }
 
 TEST_F(WindowProgramTest, QuittingDuringTheFinalAlertIsClean) {

@@ -101,7 +101,12 @@ class HeldPause {
       passed.acquire();
     });
   }
-  ~HeldPause() { SetPauseFunction({}); }
+  // A worker that has not come to its end would go on in what is gone.
+  ~HeldPause() {
+    passed.release(kMany);
+    EXPECT_TRUE(QTest::qWaitFor([] { return !MainWindow::IsWorkerAlive(); }));
+    SetPauseFunction({});
+  }
   HeldPause(const HeldPause&) = delete;
   HeldPause& operator=(const HeldPause&) = delete;
 
@@ -109,6 +114,8 @@ class HeldPause {
   void Release(int pauses = 1) { passed.release(pauses); }
 
  private:
+  static constexpr int kMany = 1000;
+
   std::counting_semaphore<> reached{0}, passed{0};
 };
 

@@ -22,6 +22,9 @@ namespace {
 using namespace hollin;
 using namespace hollin::simulator;
 
+constexpr char kThroughUhid[] =
+    "through uhid, which loses reports that come faster than they are taken: on a busy machine an "
+    "update may fail or wait for ever";
 constexpr uint64_t kLongestOptionFile = uint64_t{1024} * 1024;
 
 struct Arguments {
@@ -35,6 +38,7 @@ struct Arguments {
   bool verbose = false;
   bool usbGadget = false;
   bool uhid = false;
+  bool secondInterface = false;
   std::string controller;
   std::string descriptor = "flat";
 };
@@ -113,7 +117,7 @@ int ServeSystem(Keyboard& keyboard, KernelPort& port, const Arguments& arguments
     std::fprintf(stderr, "ts30-simulator: %s\n", problem.c_str());
     return 1;
   }
-  PrintReady(keyboard.Options(), arguments.uhid ? "through uhid" : "as a USB gadget");
+  PrintReady(keyboard.Options(), arguments.uhid ? kThroughUhid : "as a USB gadget");
   return server.Run() ? 0 : 1;
 }
 
@@ -148,7 +152,8 @@ int Serve(const Arguments& arguments, const KeyboardOptions& options) {
   const auto descriptor = ParseReportDescriptor(arguments.descriptor);
   if (!descriptor) return UsageError("not a report descriptor: " + arguments.descriptor);
   if (arguments.usbGadget) {
-    UsbGadget port({options.vendorId, options.productId, *descriptor, arguments.controller});
+    UsbGadget port({options.vendorId, options.productId, *descriptor, arguments.secondInterface,
+                    arguments.controller});
     return ServeSystem(keyboard, port, arguments);
   }
   if (arguments.uhid) {
@@ -175,11 +180,16 @@ int Run(int argc, char** argv) {
   app.add_flag("--usb-gadget", arguments.usbGadget,
                "be a USB device on one of this machine's device controllers")
       ->excludes("PROGRAM");
-  app.add_flag("--uhid", arguments.uhid, "be a HID device of this machine")
+  app.add_flag("--uhid", arguments.uhid,
+               "be a HID device of this machine; loses reports when this process does not run soon "
+               "enough")
       ->excludes("--usb-gadget")
       ->excludes("PROGRAM");
   app.add_option("--udc", arguments.controller,
                  "device controller for --usb-gadget (default: the first that is free)");
+  app.add_flag("--second-interface", arguments.secondInterface,
+               "show a second interface beside the keyboard's, for --usb-gadget")
+      ->needs("--usb-gadget");
   app.add_option("--report-descriptor", arguments.descriptor,
                  "flat, collections or nested, for --usb-gadget and --uhid")
       ->capture_default_str();

@@ -2,15 +2,14 @@
 #include "simulator/usb_gadget.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <utility>
@@ -27,9 +26,18 @@ constexpr char kNamePrefix[] = "ts30-";
 
 // The folders of a description within the gadget's own, outer ones first; the kernel fills each
 // with its attributes, and they go in the opposite order.
-constexpr std::array kFolders{"strings/0x409", "functions/hid.usb0", "configs/c.1",
-                              "configs/c.1/strings/0x409"};
-constexpr char kLink[] = "configs/c.1/hid.usb0";
+constexpr std::array kFolders{"strings/0x409", "configs/c.1", "configs/c.1/strings/0x409"};
+
+// Each interface is a function that the configuration links to. The keyboard is the first.
+constexpr std::array kFunctions{"hid.usb0", "hid.usb1"};
+
+std::string FunctionFolder(const std::string& gadget, const std::string& name) {
+  return gadget + "/functions/" + name;
+}
+
+std::string FunctionLink(const std::string& gadget, const std::string& name) {
+  return gadget + "/configs/c.1/" + name;
+}
 
 // An attribute is written by a single call; the kernel's verdict is the call's.
 bool WriteAttribute(const std::string& path, ByteView value) {
@@ -47,7 +55,10 @@ bool WriteAttribute(const std::string& path, const std::string& value) {
 
 void RemoveDescription(const std::string& folder) {
   static_cast<void>(WriteAttribute(folder + "/UDC", std::string()));
-  unlink((folder + "/" + kLink).c_str());
+  for (const char* each : kFunctions) {
+    unlink(FunctionLink(folder, each).c_str());
+    rmdir(FunctionFolder(folder, each).c_str());
+  }
   std::for_each(kFolders.rbegin(), kFolders.rend(),
                 [&](const char* each) { rmdir((folder + "/" + each).c_str()); });
   rmdir(folder.c_str());
@@ -62,6 +73,14 @@ std::vector<std::string> Names(const std::string& folder) {
   }
   std::ranges::sort(names);
   return names;
+}
+
+// A folder, opened and locked; -1 when somebody else has the lock or there is no such folder.
+int LockFolder(const std::string& folder, int operation) {
+  const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0 || flock(file, operation) == 0) return file;
+  close(file);
+  return -1;
 }
 
 std::string HexId(uint16_t id) {
@@ -79,31 +98,44 @@ UsbGadget::UsbGadget(Settings settings)
 UsbGadget::~UsbGadget() {
   Unplug();
   if (described) RemoveDescription(folder);
+  if (claim >= 0) close(claim);
 }
 
 bool UsbGadget::Plug(std::string& problem) {
   if (!described) {
     problem = "cannot describe a USB gadget in " + settings.gadgets +
               " (it takes root, the module libcomposite and configfs)";
-    RemoveOrphans();
-    described = mkdir(folder.c_str(), 0755) == 0;
-    if (!described || !Describe()) return false;
+    if (!Claim() || !Describe()) return false;
   }
   problem = "no free USB device controller in " + settings.controllers +
             " (the module dummy_hcd provides one without hardware)";
   if (!Bind()) return false;
   problem = "cannot open the gadget's device";
-  return OpenNode();
+  if (OpenNode()) return true;
+  Unplug();
+  return false;
+}
+
+// One simulator at a time: another would take a folder that is not locked yet for an orphan's.
+bool UsbGadget::Claim() {
+  const int all = LockFolder(settings.gadgets, LOCK_EX);
+  if (all < 0) return false;
+  RemoveOrphans();
+  described = mkdir(folder.c_str(), 0755) == 0;
+  if (described) claim = LockFolder(folder, LOCK_EX | LOCK_NB);
+  close(all);
+  return claim >= 0;
 }
 
 // A simulator that was killed could not remove its gadget, which would keep the controller.
 void UsbGadget::RemoveOrphans() const {
   for (const std::string& name : Names(settings.gadgets)) {
     if (!name.starts_with(kNamePrefix)) continue;
-    const int owner = std::atoi(name.c_str() + sizeof kNamePrefix - 1);
-    if (owner <= 0 || (kill(owner, 0) != 0 && errno == ESRCH)) {
-      RemoveDescription(settings.gadgets + "/" + name);
-    }
+    const std::string orphan = settings.gadgets + "/" + name;
+    const int lock = LockFolder(orphan, LOCK_EX | LOCK_NB);
+    if (lock < 0) continue;
+    RemoveDescription(orphan);
+    close(lock);
   }
 }
 
@@ -111,45 +143,50 @@ bool UsbGadget::Describe() const {
   for (const char* each : kFolders) {
     if (mkdir((folder + "/" + each).c_str(), 0755) != 0) return false;
   }
-  const std::string function = folder + "/functions/hid.usb0";
   return WriteAttribute(folder + "/idVendor", HexId(settings.vendorId)) &&
          WriteAttribute(folder + "/idProduct", HexId(settings.productId)) &&
          WriteAttribute(folder + "/strings/0x409/manufacturer", "Varnholt") &&
          WriteAttribute(folder + "/strings/0x409/product", "TS30 (simulated)") &&
          WriteAttribute(folder + "/configs/c.1/strings/0x409/configuration", "Update mode") &&
-         WriteAttribute(function + "/protocol", "0") &&
+         DescribeFunction(kFunctions[0]) &&
+         (!settings.secondInterface || DescribeFunction(kFunctions[1]));
+}
+
+bool UsbGadget::DescribeFunction(const std::string& name) const {
+  const std::string function = FunctionFolder(folder, name);
+  return mkdir(function.c_str(), 0755) == 0 && WriteAttribute(function + "/protocol", "0") &&
          WriteAttribute(function + "/subclass", "0") &&
          WriteAttribute(function + "/report_length", std::to_string(kReportSize)) &&
          WriteAttribute(function + "/report_desc", ReportDescriptorBytes(settings.descriptor)) &&
-         symlink(function.c_str(), (folder + "/" + kLink).c_str()) == 0;
+         symlink(function.c_str(), FunctionLink(folder, name).c_str()) == 0;
 }
 
 // Once plugged in, the keyboard comes back to the same controller.
 bool UsbGadget::Bind() {
   std::vector<std::string> candidates{controller.empty() ? settings.controller : controller};
   if (candidates[0].empty()) candidates = Names(settings.controllers);
-  const auto bound = std::ranges::find_if(candidates, [this](const std::string& each) {
+  const auto taken = std::ranges::find_if(candidates, [this](const std::string& each) {
     return WriteAttribute(folder + "/UDC", each);
   });
-  if (bound == candidates.end()) return false;
-  controller = *bound;
-  return true;
+  bound = taken != candidates.end();
+  if (bound) controller = *taken;
+  return bound;
 }
 
 // The kernel tells the node's numbers; the second is the number in its name.
 bool UsbGadget::OpenNode() {
   std::string numbers;
-  std::ifstream(folder + "/functions/hid.usb0/dev") >> numbers;
+  std::ifstream(FunctionFolder(folder, kFunctions[0]) + "/dev") >> numbers;
   const std::string node = "/dev/hidg" + numbers.substr(numbers.find(':') + 1);
   file = open(node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
   return file >= 0;
 }
 
 void UsbGadget::Unplug() {
-  if (file < 0) return;
-  close(file);
+  if (file >= 0) close(file);
   file = -1;
-  static_cast<void>(WriteAttribute(folder + "/UDC", std::string()));
+  if (bound) static_cast<void>(WriteAttribute(folder + "/UDC", std::string()));
+  bound = false;
 }
 
 std::optional<Bytes> UsbGadget::Read() {

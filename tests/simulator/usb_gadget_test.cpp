@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "simulator/usb_gadget.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -34,19 +35,12 @@ class UsbGadgetTest : public testing::Test {
     return gadget.Plug(problem);
   }
 
-  // What a simulator with this process id left when it was killed.
+  // What a simulator with this process id has made, and leaves when it is killed.
   std::string LeaveGadget(const std::string& owner) const {
     std::string left = gadgets + "/ts30-" + owner;
     for (const char* each : kMade) fs::create_directories(left + "/" + each);
     fs::create_symlink(left + "/functions/hid.usb0", left + "/configs/c.1/hid.usb0");
     return left;
-  }
-
-  static std::string EndedProcess() {
-    const pid_t process = fork();
-    if (process == 0) _exit(0);
-    waitpid(process, nullptr, 0);
-    return std::to_string(process);
   }
 
   TempFolder folder;
@@ -70,16 +64,25 @@ TEST_F(UsbGadgetTest, ADescriptionThatFailsIsCleared) {
 }
 
 TEST_F(UsbGadgetTest, TheGadgetOfAKilledSimulatorIsCleared) {
-  const std::string left = LeaveGadget(EndedProcess());
+  const std::string left = LeaveGadget("4194305");  // beyond the largest process id
   EXPECT_FALSE(Plug());
   EXPECT_FALSE(fs::is_symlink(left + "/configs/c.1/hid.usb0"));
   for (const char* each : kMade) EXPECT_FALSE(fs::exists(left + "/" + each)) << each;
 }
 
+TEST_F(UsbGadgetTest, TheGadgetOfAKilledSimulatorIsClearedThoughAnotherProcessHasItsId) {
+  const std::string left = LeaveGadget(std::to_string(getppid()));
+  EXPECT_FALSE(Plug());
+  EXPECT_FALSE(fs::exists(left + "/configs/c.1/strings/0x409"));
+}
+
 TEST_F(UsbGadgetTest, TheGadgetOfALivingSimulatorStays) {
-  const std::string other = LeaveGadget(std::to_string(getppid()));
+  const std::string other = LeaveGadget("4194305");
+  const int lock = open(other.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
   EXPECT_FALSE(Plug());
   EXPECT_TRUE(fs::exists(other + "/configs/c.1/strings/0x409"));
+  close(lock);
 }
 
 TEST_F(UsbGadgetTest, AnotherProgramsGadgetStays) {

@@ -6,6 +6,7 @@ complete -c ts30-simulator -x -l dir -a '(__fish_complete_directories)' -d "Fold
 complete -c ts30-simulator -l usb-gadget -d 'Be a USB device of this machine'
 complete -c ts30-simulator -l uhid -d 'Be a HID device of this machine'
 complete -c ts30-simulator -x -l udc -d 'Device controller'
+complete -c ts30-simulator -l second-interface -d 'Show a second interface'
 complete -c ts30-simulator -x -l report-descriptor -a 'flat collections nested' -d 'Report descriptor'
 complete -c ts30-simulator -x -l vid -d 'USB vendor id'
 complete -c ts30-simulator -x -l pid -d 'USB product id'

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """The simulated keyboard as a device of the virtual machine."""
+import os
 import pathlib
 import signal
 import subprocess
@@ -7,25 +8,39 @@ import tempfile
 import threading
 import time
 
-from waiting import wait_until
+from waiting import LONG, wait_until
 
 SIMULATOR = "/opt/hollin/ts30-simulator"
 HIDRAW = pathlib.Path("/sys/class/hidraw")
+GADGETS = pathlib.Path("/sys/kernel/config/usb_gadget")
+
+
+def devices():
+    """The paths under /dev of the keyboards that the kernel offers now, by their places in sysfs, which never recur."""
+    entries = list(HIDRAW.iterdir()) if HIDRAW.exists() else []
+    return {os.path.realpath(entry): f"/dev/{entry.name}" for entry in entries
+            if pathlib.Path("/dev", entry.name).exists()}
 
 
 def nodes():
-    """The keyboards that the kernel offers to programs now, as paths under /dev."""
-    names = sorted(entry.name for entry in HIDRAW.iterdir()) if HIDRAW.exists() else []
-    return [f"/dev/{name}" for name in names if pathlib.Path("/dev", name).exists()]
+    return sorted(devices().values())
+
+
+def gadgets():
+    """The names of the gadgets that the kernel knows, plugged in or not."""
+    return sorted(entry.name for entry in GADGETS.iterdir())
 
 
 class Keyboard:
     """Plugged in on construction. Its flashes are files that hold `before` when it is first plugged in."""
 
-    def __init__(self, options=(), faults=(), descriptor="flat", through="--usb-gadget", flashes=()):
+    def __init__(self, options=(), faults=(), descriptor="flat", through="--usb-gadget", flashes=(),
+                 second_interface=False, prefix=()):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="keyboard-"))
         self.lines = []  # (time, text) of what the simulator says
-        arguments = [SIMULATOR, through, "--verbose", "--report-descriptor", descriptor]
+        arguments = [*prefix, SIMULATOR, through, "--verbose", "--report-descriptor", descriptor]
+        if second_interface:
+            arguments.append("--second-interface")
         for flash in flashes:
             (self.folder / flash.name).write_bytes(flash.before)
             arguments += ["--option", f"{flash.name}.file={self.folder / flash.name}"]
@@ -34,15 +49,21 @@ class Keyboard:
             arguments += ["--option", option]
         for fault in faults:
             arguments += ["--fault", fault]
-        others = nodes()
-        self.process = subprocess.Popen(arguments, stdout=subprocess.PIPE, text=True)
+        others = devices()
+        self.process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        self.gadget = f"ts30-{self.process.pid}"
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.reader.start()
-        self.wait_for("ready:")
-        self._find_node(others)
+        try:
+            self.wait_for("ready:")
+            self._find_node(others)
+        except BaseException:
+            self.kill()  # a second simulator clears up behind it
+            raise
 
     def _find_node(self, others):
-        self.node = wait_until(lambda: next(iter(set(nodes()) - set(others)), None), "the keyboard's node")
+        self.device, self.node = wait_until(lambda: next(iter(devices().items() - others.items()), None),
+                                            "the keyboard's node")
 
     def _read(self):
         for line in self.process.stdout:
@@ -54,24 +75,40 @@ class Keyboard:
     def __exit__(self, *_):
         self.stop()
 
-    def stop(self):
-        """Unplugged for good."""
-        self.process.send_signal(signal.SIGTERM)
-        self.process.wait()
-        self.reader.join()
+    def controller(self):
+        """The USB device controller that it is plugged into; empty while it is unplugged."""
+        return (GADGETS / self.gadget / "UDC").read_text(encoding="utf-8").strip()
+
+    def stop(self, number=signal.SIGTERM):
+        """Unplugged for good; nothing of it is left in the system."""
+        self.process.send_signal(number)
+        code = self._wait()
+        self.wait_until_gone()
+        if code != 0 or self.gadget in gadgets():
+            raise AssertionError(f"the simulator ended with {code} and left {gadgets()}: {self.lines}")
+
+    def kill(self):
+        """The simulator has no time to clear up."""
+        self.process.kill()
+        self._wait()
+
+    def _wait(self):
+        code = self.process.wait(LONG)
+        self.reader.join(LONG)
         self.process.stdout.close()
+        return code
 
     def unplug(self):
         self.process.send_signal(signal.SIGUSR1)
         self.wait_until_gone()
 
     def wait_until_gone(self):
-        wait_until(lambda: self.node not in nodes(), "the keyboard's node to go")
+        wait_until(lambda: self.device not in devices(), "the keyboard's node to go")
 
     def plug(self):
         """In again, also after a fault that unplugged it."""
         self.wait_until_gone()
-        others = nodes()
+        others = devices()
         self.process.send_signal(signal.SIGUSR2)
         self._find_node(others)
 

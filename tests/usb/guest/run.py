@@ -9,6 +9,8 @@ import sys
 import time
 import unittest
 
+from programs import package_version
+
 JOB = "/job"
 
 
@@ -29,11 +31,6 @@ def first_line(path):
         return file.readline().strip()
 
 
-def package_version(package):
-    return subprocess.run(["dpkg-query", "-W", "-f=${Version}", package], capture_output=True, text=True,
-                          check=True).stdout
-
-
 def load(machine, groups):
     folder = pathlib.Path(JOB, "cases", machine)
     sys.path[:0] = [f"{JOB}/guest", str(folder)]
@@ -43,8 +40,9 @@ def load(machine, groups):
 
 def main():
     sys.stdout.reconfigure(line_buffering=True)
-    print(f"guest: Linux {os.uname().release}, hidapi {package_version('libhidapi-hidraw0')}, "
-          f"up after {first_line('/proc/uptime').split()[0]} s")
+    system = os.uname()
+    print(f"guest: Linux {system.release} ({system.version}), hidapi {package_version('libhidapi-hidraw0')}, "
+          f"udev {package_version('udev')}, up after {first_line('/proc/uptime').split()[0]} s")
     # Every user may run the programs, wherever the project lies on the host.
     shutil.copytree(f"{JOB}/programs", "/opt/hollin", symlinks=True)
     runner = unittest.TextTestRunner(stream=sys.stdout, verbosity=2, resultclass=TimedResult)

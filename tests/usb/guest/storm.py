@@ -4,6 +4,8 @@ import signal
 import threading
 import time
 
+from waiting import LONG
+
 HARMLESS = [signal.SIGCHLD, signal.SIGWINCH, signal.SIGURG, signal.SIGCONT]
 IGNORED = [signal.SIGALRM, signal.SIGUSR1, signal.SIGUSR2]
 
@@ -29,7 +31,7 @@ class Storm:
 
     def __exit__(self, *_):
         self.over.set()
-        self.thread.join()
+        self.thread.join(LONG)
 
     def _blow(self):
         while not self.over.is_set() and self.process.poll() is None:

@@ -6,15 +6,16 @@ import shutil
 import signal
 import subprocess
 
-from waiting import wait_until
+from waiting import LONG, wait_until
 
 SEAT = pathlib.Path("/run/systemd/seats/seat0")
 RULES = pathlib.Path("/run/udev/rules.d")
+RULE = "/job/udev/70-ts30.rules"  # the project's
 
 
 def udevadm(*task):
     """It would do nothing below another root than process 1 has."""
-    subprocess.run(["udevadm", *task], check=True, env={**os.environ, "SYSTEMD_IGNORE_CHROOT": "1"})
+    subprocess.run(["udevadm", *task], check=True, timeout=LONG, env={**os.environ, "SYSTEMD_IGNORE_CHROOT": "1"})
 
 
 class Udevd:
@@ -32,11 +33,14 @@ class Udevd:
         shutil.copy(path, RULES)
         udevadm("control", "--reload")
 
-    def settle(self):
-        udevadm("settle")
+    def wait_for(self, node):
+        """Until udevd has applied its rules to the device and keeps a record of it."""
+        number = os.stat(node).st_rdev
+        record = pathlib.Path(f"/run/udev/data/c{os.major(number)}:{os.minor(number)}")
+        wait_until(record.exists, f"udevd's record of {node}")
 
     def stop(self):
         self.process.send_signal(signal.SIGTERM)
-        self.process.wait()
+        self.process.wait(LONG)
         SEAT.unlink()
         shutil.rmtree("/run/udev")

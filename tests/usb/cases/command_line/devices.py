@@ -5,8 +5,10 @@ import stat
 
 from flashes import A1, C1
 from keyboard import Keyboard, nodes
-from programs import MORE_THAN_ONE, ProgramTest, finish, held, make_package, probe, start_update, update
-from udevd import Udevd
+from programs import (MORE_THAN_ONE, USER, ProgramTest, finish, held, listings_of_nested, make_package, probe,
+                      start_update, update, user)
+from udevd import RULE, Udevd
+from waiting import wait_until
 
 NOT_CONNECTED = 'The TS30 is not connected. Please hold down the "Shift" and "Play"'
 
@@ -49,12 +51,12 @@ class DevicesTest(ProgramTest):
             self.assert_written(keyboard, flash)
 
 
-class ReportDescriptorTest(ProgramTest):
-    """hidapi lists a keyboard once for every collection that it can tell apart; the program goes by that."""
+class ListingTest(ProgramTest):
+    """hidapi lists a keyboard once for every interface and collection that it tells apart; the program goes by that."""
 
-    def check(self, descriptor):
+    def check(self, **form):
         flash = C1(length=100)
-        with Keyboard(flashes=[flash], descriptor=descriptor) as keyboard:
+        with Keyboard(flashes=[flash], **form) as keyboard:
             count = int(probe("count"))
             print(f"hidapi lists it {count} times ... ", end="")
             result = update(make_package(flash))
@@ -66,24 +68,23 @@ class ReportDescriptorTest(ProgramTest):
                 self.assert_written(keyboard, flash)
             return count
 
-    def test_one_collection(self):
-        self.assertEqual(self.check("flat"), 1)
+    def test_one_interface_with_one_collection(self):
+        self.assertEqual(self.check(), 1)
 
     def test_two_collections(self):
-        self.assertEqual(self.check("collections"), 2)
+        self.assertEqual(self.check(descriptor="collections"), 2)
 
     def test_a_collection_within_another(self):
-        self.assertIn(self.check("nested"), (1, 2))  # once from hidapi 0.15 on
+        self.assertEqual(self.check(descriptor="nested"), listings_of_nested())
+
+    def test_a_second_interface(self):
+        self.assertEqual(self.check(second_interface=True), 2)
 
 
 class RightsTest(ProgramTest):
     """An ordinary user, first as it is everywhere, then with the project's udev rule."""
 
-    user = 1000
-
     def setUp(self):
-        self.how = {"user": self.user, "group": self.user, "extra_groups": [],
-                    "env": {"PATH": "/usr/bin:/bin", "HOME": "/nonexistent"}}
         self.flash = A1()
         self.package = make_package(self.flash)
 
@@ -91,9 +92,9 @@ class RightsTest(ProgramTest):
         return stat.S_IMODE(os.stat(nodes()[0]).st_mode)
 
     def assert_seen_but_closed(self):
-        self.assertEqual(probe("count", **self.how), "1")
-        self.assertEqual(probe("open", **self.how), "no")
-        self.assert_failed(update(self.package, **self.how))
+        self.assertEqual(probe("count", **user()), "1")
+        self.assertEqual(probe("open", **user()), "no")
+        self.assert_failed(update(self.package, **user()))
 
     def test_a_keyboard_without_the_rule_is_seen_but_cannot_be_opened(self):
         with Keyboard(flashes=[self.flash]) as keyboard:
@@ -102,18 +103,17 @@ class RightsTest(ProgramTest):
             self.assertEqual(keyboard.said("command"), [])
 
     def test_udevd_alone_does_not_open_it_and_the_rule_does(self):
-        udevd = Udevd(self.user)
+        udevd = Udevd(USER)
         self.addCleanup(udevd.stop)
         with Keyboard(flashes=[self.flash]) as keyboard:
-            udevd.settle()
+            udevd.wait_for(keyboard.node)
             self.assert_seen_but_closed()
             keyboard.unplug()
-            udevd.add_rule("/job/udev/70-ts30.rules")
+            udevd.add_rule(RULE)
             keyboard.plug()
-            udevd.settle()
+            wait_until(lambda: probe("open", **user()) == "yes", "the rule to open the keyboard")
             # The right of one user shows as the group's bits of an access list.
             self.assertEqual(self.mode() & 0o007, 0, "others may open the keyboard")
-            self.assertEqual(probe("open", **self.how), "yes")
-            self.assertEqual(probe("open", **{**self.how, "user": 1001, "group": 1001}), "no")
-            self.assert_succeeded(update(self.package, **self.how))
+            self.assertEqual(probe("open", **user(USER + 1)), "no")
+            self.assert_succeeded(update(self.package, **user()))
             self.assert_written(keyboard, self.flash)

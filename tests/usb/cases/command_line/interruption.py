@@ -5,7 +5,8 @@ import time
 
 from flashes import A1
 from keyboard import Keyboard
-from programs import ProgramTest, finish, make_package, start_update, temporary_files, update
+from programs import (ADVICE_NOT_TO_STOP, ProgramTest, finish, held, make_package, probe, start_update,
+                      temporary_files, update)
 from storm import Storm, ignore_signals
 
 INTERRUPTED = 130
@@ -50,7 +51,7 @@ class InterruptionTest(ProgramTest):
     def test_interrupted_twice_it_ends_behind_its_step(self):
         program = self.start()
         program.send_signal(signal.SIGINT)
-        time.sleep(0.1)
+        program.wait_for_output(ADVICE_NOT_TO_STOP)
         program.send_signal(signal.SIGINT)
         code, output = finish(program)
         self.assertEqual(code, INTERRUPTED, output)
@@ -59,9 +60,8 @@ class InterruptionTest(ProgramTest):
 
     def test_stopped_and_continued_it_succeeds(self):
         program = self.start()
-        program.send_signal(signal.SIGSTOP)
-        time.sleep(1)
-        program.send_signal(signal.SIGCONT)
+        with held(program):
+            self.assertEqual(probe("count"), "1")
         self.assert_succeeded(finish(program))
         self.assert_written(self.keyboard, self.flash)
 

@@ -2,7 +2,8 @@
 """Whole updates by the window: every byte of the flashes is compared."""
 from flashes import A1, A2, C1
 from keyboard import Keyboard
-from programs import COMPLETED, CONNECTED, MORE_THAN_ONE, NOT_CONNECTED, ProgramTest, make_package
+from programs import (COMPLETED, CONNECTED, MORE_THAN_ONE, NOT_CONNECTED, ProgramTest, listings_of_nested,
+                      make_package)
 from window import shared_window
 
 
@@ -45,7 +46,15 @@ class WindowUpdateTest(ProgramTest):
 
     def test_a_keyboard_that_hidapi_lists_twice_counts_as_two(self):
         flash = C1(length=100)
-        with shared_window() as window, Keyboard(flashes=[flash], descriptor="collections"):
+        forms = [{"descriptor": "collections"}, {"second_interface": True}]
+        if listings_of_nested() == 2:
+            forms.append({"descriptor": "nested"})
+        with shared_window() as window:
             window.open(make_package(flash))
-            window.wait_for_status(MORE_THAN_ONE)
-            self.assertFalse(window.is_enabled("Update"))
+            for form in forms:
+                with Keyboard(flashes=[flash], **form):
+                    window.press("Refresh")
+                    window.wait_for_status(MORE_THAN_ONE)
+                    self.assertFalse(window.is_enabled("Update"))
+                window.press("Refresh")
+                window.wait_for_status(NOT_CONNECTED)

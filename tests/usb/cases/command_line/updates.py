@@ -28,6 +28,6 @@ class CommandLineUpdateTest(ProgramTest):
     def test_two_packs(self):
         self.check(A2(write_buffer=False), C1())
 
+    # No message of these blocks is longer than what the kernel keeps.
     def test_a1_through_uhid(self):
-        """On all processors: no message of these blocks is longer than what the kernel keeps."""
         self.check(A1(), through="--uhid")

@@ -120,10 +120,7 @@ class Reader {
     if (!pieces.BehindNul().empty()) Tell(line, {DescriptionRemark::kNul, pieces.BehindNul()});
     if (line.empty() || IsComment(line)) return true;
     if (line.front() == '[') return ReadHeader(line);
-    const auto section = std::find_if(sections.begin(), sections.end(), [this](const auto& known) {
-      return EqualsIgnoringCase(known.name, current);
-    });
-    if (section != sections.end()) {
+    if (section != nullptr) {
       const auto remark = section->read(line);
       return !remark || Tell(line, *remark);
     }
@@ -142,6 +139,10 @@ class Reader {
       return Tell(line, {DescriptionRemark::kUnclosedHeader, line});
     }
     current = Trim(line.substr(1, end - 1));
+    const auto known = std::find_if(sections.begin(), sections.end(), [this](const auto& each) {
+      return EqualsIgnoringCase(each.name, current);
+    });
+    section = known == sections.end() ? nullptr : &*known;
     const std::string_view tail = Trim(line.substr(end + 1));
     if (!tail.empty()) Tell(line, {DescriptionRemark::kHeaderTail, tail});
     return Tell(line, {DescriptionRemark::kHeader, current});
@@ -165,7 +166,8 @@ class Reader {
   const DescriptionGrammar& grammar;
   const std::vector<DescriptionSection>& sections;
   const DescriptionListener& listener;
-  std::string_view current;  // the section's name, in the text
+  std::string_view current;                     // the section's name, in the text
+  const DescriptionSection* section = nullptr;  // null while the name is none of the known
 };
 
 }  // namespace

@@ -11,7 +11,8 @@ struct A2EraseTimer {
   static constexpr std::chrono::milliseconds kFirstPause{700};
   static constexpr std::chrono::milliseconds kLaterPause{20};
 
-  // Milliseconds. 64 bits: the longest allowed time must not wrap into polling for ever.
+  // Milliseconds. Deliberate: 64 bits, so that the longest time that a description can allow ends
+  // after its 49.7 days instead of wrapping into polls for ever.
   uint64_t elapsed = 0;
 
   // The pause before the next poll: a long one before the first, then short ones.

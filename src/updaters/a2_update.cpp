@@ -104,8 +104,8 @@ bool A2Update::PlanSteps() {
 }
 
 bool A2Update::RunStep(uint32_t index) {
-  // A plan that reaches outside the image, or whose sectors are out of order, fails here, before
-  // the first erase.
+  // Deliberate: a plan that reaches outside the image, or whose sectors are out of order, loads,
+  // and fails here, before the first erase.
   if (index >= plannedSectors || !isPlanInsideImage) return Fail(UpdateFailure::kBeyondPlan);
   if (index == 0) {
     readPos = 0;
@@ -203,8 +203,8 @@ bool A2Update::EraseSector(uint32_t sector) {
   return Erase(sector, reErases);
 }
 
-// `reErases` is one counter for the sector, those that run inside a re-erase included: so it always
-// ends.
+// Deliberate: `reErases` is one counter for the sector, those that run inside a re-erase included:
+// so it always ends.
 bool A2Update::Erase(uint32_t sector, int& reErases) {
   return Connect() && SendEraseCycles(sector) &&
          SendCommand(ErasePoll(flash.sectorAddrs[sector]), kCommandTimeOut) &&

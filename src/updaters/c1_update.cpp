@@ -132,6 +132,7 @@ bool C1Update::FindUnreservedSector(uint32_t index, uint32_t& sector) {
   return true;
 }
 
+// Deliberate: a span beyond a signed 32-bit number fits no flash, whatever capacity is told.
 bool C1Update::FindSpan(uint32_t length, int32_t& span) {
   constexpr int64_t kLargest = std::numeric_limits<int32_t>::max();
   int64_t bytes = 0;

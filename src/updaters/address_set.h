@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace hollin {
@@ -13,10 +12,16 @@ namespace hollin {
 class AddressSet {
  public:
   AddressSet() = default;
-  // Order and duplicates of `list` say nothing.
-  explicit AddressSet(std::vector<uint32_t> list) : addresses(std::move(list)) {
-    std::sort(addresses.begin(), addresses.end());
-    addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
+  // Order and duplicates of `list` say nothing, and duplicates take no room.
+  explicit AddressSet(const std::vector<uint32_t>& list) {
+    size_t most = kFewAddresses;
+    for (const uint32_t address : list) {
+      addresses.push_back(address);
+      if (addresses.size() < most) continue;
+      SortOut();
+      most = std::max(most, 2 * addresses.size());
+    }
+    SortOut();
   }
 
   // Asked in ascending order, as a walk over sectors does, it steps along the list; any other
@@ -31,6 +36,14 @@ class AddressSet {
   [[nodiscard]] size_t Size() const { return addresses.size(); }
 
  private:
+  static constexpr size_t kFewAddresses = 4096;
+
+  void SortOut() {
+    if (!std::is_sorted(addresses.begin(), addresses.end())) {
+      std::sort(addresses.begin(), addresses.end());
+    }
+    addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
+  }
   // Whether all entries before `at` are smaller than the address, and none from there on.
   [[nodiscard]] bool BelongsAt(size_t at, uint32_t address) const {
     if (at > addresses.size() || (at > 0 && addresses[at - 1] >= address)) return false;

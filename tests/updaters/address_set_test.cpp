@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace hollin {
 namespace {
 
@@ -25,6 +27,22 @@ TEST(AddressSetTest, DuplicatesCountOnce) {
   EXPECT_EQ(set.Size(), 2U);
   EXPECT_TRUE(set.Contains(3));
   EXPECT_TRUE(set.Contains(7));
+}
+
+TEST(AddressSetTest, ThousandsOfAddressesAndDuplicatesAreSortedOut) {
+  std::vector<uint32_t> list;
+  for (uint32_t address = 20000; address > 0; address -= 2) {
+    list.push_back(address);
+    list.push_back(7);
+  }
+  const AddressSet set(list);
+  EXPECT_EQ(set.Size(), 10001U);
+  for (const uint32_t address : {2U, 7U, 8192U, 12000U, 20000U}) {
+    EXPECT_TRUE(set.Contains(address)) << address;
+  }
+  for (const uint32_t address : {0U, 5U, 8193U, 20001U}) {
+    EXPECT_FALSE(set.Contains(address)) << address;
+  }
 }
 
 // The set remembers where it looked last: the order of the questions must not show.

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -19,10 +18,14 @@ namespace {
 constexpr uint32_t kSumMask = 0xFFFF;
 
 // Numbers are read character by character, and a character is a code point.
-std::u32string CodePoints(std::string_view validText) {
-  std::u32string points;
-  utf8::unchecked::utf8to32(validText.begin(), validText.end(), std::back_inserter(points));
-  return points;
+size_t CountCharacters(std::string_view validText) {
+  return static_cast<size_t>(utf8::unchecked::distance(validText.begin(), validText.end()));
+}
+
+std::string_view WithoutLastCharacter(std::string_view validText) {
+  const char* end = validText.data() + validText.size();
+  utf8::unchecked::prior(end);
+  return validText.substr(0, static_cast<size_t>(end - validText.data()));
 }
 
 bool HexDigit(char32_t c, uint32_t& digit) {
@@ -39,9 +42,12 @@ bool HexDigit(char32_t c, uint32_t& digit) {
 }
 
 // Deliberate: no check that a character is a digit; its distance from "0" counts, modulo 2^32.
-uint32_t SumOfDecimalDigits(std::u32string_view digits) {
+uint32_t SumOfDecimalDigits(std::string_view validDigits) {
   uint32_t value = 0;
-  for (const char32_t c : digits) value = value * 10 + (static_cast<uint32_t>(c) - U'0');
+  const char* const end = validDigits.data() + validDigits.size();
+  for (const char* at = validDigits.data(); at != end;) {
+    value = value * 10 + (utf8::unchecked::next(at) - U'0');
+  }
   return value;
 }
 
@@ -108,14 +114,13 @@ uint32_t AXUpdate::ByteSum(const uint8_t* data, int32_t length) {
 
 bool AXUpdate::ParseNumber(std::string_view text, uint32_t& value) {
   if (text.empty() || !IsValidUtf8(text)) return false;
-  const std::u32string untrimmed = CodePoints(text);
-  if (untrimmed.size() == 1) {
-    if (untrimmed[0] < U'0' || untrimmed[0] > U'9') return false;
-    value = untrimmed[0] - U'0';
+  if (text.size() == 1) {
+    if (text[0] < '0' || text[0] > '9') return false;
+    value = static_cast<uint32_t>(text[0] - '0');
     return true;
   }
   std::string_view number = Trim(text);
-  if (CodePoints(number).size() < 2) return false;
+  if (CountCharacters(number) < 2) return false;
   const bool hasPrefix = EqualsIgnoringCase(number.substr(0, 2), "0x");
   const bool hasSuffix = EqualsIgnoringCase(number.substr(number.size() - 1), "H");
   if (!hasPrefix && !hasSuffix) return ParseDecimal(number, value);
@@ -138,12 +143,11 @@ bool AXUpdate::ParseHex(std::string_view digits, uint32_t& value) {
 
 bool AXUpdate::ParseDecimal(std::string_view digits, uint32_t& value) {
   if (digits.empty() || !IsValidUtf8(digits)) return false;
-  const std::u32string points = CodePoints(digits);
   // Deliberate: M scales by 1024 like K, not by 1024 x 1024; descriptions are written for it.
-  if (points.find_first_of(U"KkMm") != std::u32string::npos) {
-    value = SumOfDecimalDigits(std::u32string_view(points).substr(0, points.size() - 1)) * 1024;
+  if (digits.find_first_of("KkMm") != std::string_view::npos) {
+    value = SumOfDecimalDigits(WithoutLastCharacter(digits)) * 1024;
   } else {
-    value = SumOfDecimalDigits(points);
+    value = SumOfDecimalDigits(digits);
   }
   return true;
 }
@@ -212,6 +216,7 @@ bool AXUpdate::Refuse(LoadRefusal reason) {
   return false;
 }
 
+// Deliberate: no more steps than a signed 32-bit number holds, though they are counted unsigned.
 bool AXUpdate::SetStepCount(uint64_t count) {
   if (count > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) {
     return Refuse(LoadRefusal::kTooManySteps);

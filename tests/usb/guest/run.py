@@ -15,7 +15,7 @@ JOB = "/job"
 
 
 class TimedResult(unittest.TextTestResult):
-    """Prints the time that each case took."""
+    """Prints the time that each case took, and a failure when it happens: the machine may be ended before the last."""
 
     def startTest(self, test):
         self.started = time.monotonic()
@@ -24,6 +24,17 @@ class TimedResult(unittest.TextTestResult):
     def addSuccess(self, test):
         unittest.TestResult.addSuccess(self, test)
         self.stream.writeln(f"ok ({time.monotonic() - self.started:.1f} s)")
+
+    def addFailure(self, test, err):
+        super().addFailure(test, err)
+        self.stream.writeln(self.failures[-1][1])
+
+    def addError(self, test, err):
+        super().addError(test, err)
+        self.stream.writeln(self.errors[-1][1])
+
+    def printErrors(self):
+        pass
 
 
 def first_line(path):

@@ -17,13 +17,19 @@ PROGRAM = "/opt/hollin/Hollin.app/hollin"
 BUSES = ("/usr/share/dbus-1/session.conf", "/usr/share/defaults/at-spi2/accessibility.conf")
 
 
+BUS_FOLDER = pathlib.Path("/run/buses")
+
+
 def open_buses():
-    """Lets the windows of all users onto the buses of this one. The changed files go with the virtual machine."""
+    """Lets the windows of all users onto the buses of this one. What it changes goes with the virtual machine."""
     for each in BUSES:
         file = pathlib.Path(each)
         text = file.read_text(encoding="utf-8")
         file.write_text(text.replace('<policy context="default">', '<policy context="default"><allow user="*"/>'),
                         encoding="utf-8")
+    sockets = BUS_FOLDER / "at-spi"
+    sockets.mkdir(parents=True)
+    sockets.chmod(0o711)
 
 
 def start_display():
@@ -35,7 +41,7 @@ def start_display():
     with os.fdopen(read_end) as number:
         os.environ["DISPLAY"] = ":" + number.readline().strip()
     bus = subprocess.run(["dbus-daemon", "--session", "--fork", "--print-address"], stdout=subprocess.PIPE, text=True,
-                         check=True, timeout=LONG)
+                         check=True, timeout=LONG, env={**os.environ, "XDG_RUNTIME_DIR": str(BUS_FOLDER)})
     os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.strip()
     # The accessibility bus begins when it is asked for; others ask with less patience.
     subprocess.run(["dbus-send", "--session", "--print-reply", f"--reply-timeout={1000 * LONG}", "--dest=org.a11y.Bus",

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "tests/app/eventually.h"
+#include "tests/support/eventually.h"
 
 namespace hollin {
 namespace {

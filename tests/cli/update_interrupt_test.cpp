@@ -4,6 +4,7 @@
 #include <csignal>
 
 #include "tests/cli/whole_program_test.h"
+#include "tests/support/eventually.h"
 
 namespace hollin {
 namespace {
@@ -50,17 +51,6 @@ TEST_F(UpdateInterruptTest, TheSecondCtrlCEndsTheUpdateAtTheNextStep) {
   EXPECT_THAT(bus.Record(), HasSubstr("51 04 00 00 00 00 00 00 00 09 01 00 00"));
 }
 
-TEST_F(UpdateInterruptTest, AStepThatFailsAfterTheSecondCtrlCHasTheCodeOfAnInterrupt) {
-  HaltInUpdate();
-  program.Signal(SIGINT);
-  ASSERT_TRUE(program.ReadUntil(kAdvice));
-  program.Signal(SIGINT);
-  ASSERT_TRUE(program.ReadUntil(kStopping));
-  keyboard.Signal(SIGKILL);
-  EXPECT_EQ(program.Wait(), 130);
-  EXPECT_THAT(program.Err(), HasSubstr("Update Error!"));
-}
-
 TEST_F(UpdateInterruptTest, TheThirdCtrlCEndsAtOnce) {
   HaltInUpdate();
   program.Signal(SIGINT);
@@ -93,6 +83,34 @@ TEST_F(UpdateInterruptTest, SuspendingAndResumingDoesNotFailTheStep) {
   program.Signal(SIGCONT);
   keyboard.Signal(SIGCONT);
   EXPECT_EQ(program.Wait(), 0);
+}
+
+// A keyboard that answers nothing any more, so that the program is in the middle of a step.
+class UpdateInterruptOfASilentKeyboardTest : public WholeProgramTest {
+ protected:
+  [[nodiscard]] size_t Writes() const {
+    const std::string record = bus.Record();
+    size_t count = 0;
+    for (size_t at = record.find("write"); at != std::string::npos;
+         at = record.find("write", at + 1)) {
+      count++;
+    }
+    return count;
+  }
+
+  SimulatorProcess keyboard{bus, {"--fault", "mute@h40"}};
+  Subprocess program{SetupOf({"update", MakePackage({Counting(0x10000)}, "64")})};
+};
+
+TEST_F(UpdateInterruptOfASilentKeyboardTest, AStepThatFailsHasTheCodeOfAnInterrupt) {
+  ASSERT_TRUE(Eventually([this] { return Writes() >= 40; }));
+  program.Signal(SIGINT);
+  ASSERT_TRUE(program.ReadUntil(kAdvice));
+  program.Signal(SIGINT);
+  ASSERT_TRUE(program.ReadUntil(kStopping));
+  keyboard.Signal(SIGKILL);
+  EXPECT_EQ(program.Wait(), 130);
+  EXPECT_THAT(program.Err(), HasSubstr("Update Error!"));
 }
 
 }  // namespace

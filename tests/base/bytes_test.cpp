@@ -47,6 +47,19 @@ TEST(SumTest, BytesAddUpWithoutSign) {
   EXPECT_EQ(SumBytes(Filled(0x10000, 0xFF)), 0xFF0000U);
 }
 
+// They are added up piece by piece.
+TEST(SumTest, PiecesOfAnyLengthAddUp) {
+  EXPECT_EQ(SumBytes(Filled(255, 0xFF)), 0xFE01U);
+  EXPECT_EQ(SumBytes(Filled(256, 0xFF)), 0xFF00U);
+  EXPECT_EQ(SumBytes(Filled(257, 0xFF)), 0xFFFFU);
+  EXPECT_EQ(SumBytes(Filled(513, 0xFF)), 0x1FEFFU);
+  EXPECT_EQ(SumWords(Filled(510, 0xFF)), 0xFEFF01U);
+  EXPECT_EQ(SumWords(Filled(511, 0xFF)), 0xFEFF01U);
+  EXPECT_EQ(SumWords(Filled(512, 0xFF)), 0xFFFF00U);
+  EXPECT_EQ(SumWords(Filled(513, 0xFF)), 0xFFFF00U);
+  EXPECT_EQ(SumWords(Filled(514, 0xFF)), 0x100FEFFU);
+}
+
 TEST(SumTest, WordsAddUpWithoutAnOddLastByte) {
   EXPECT_EQ(SumWords({}), 0U);
   EXPECT_EQ(SumWords(Hex("FF")), 0U);

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QPainter>
 #include <QPalette>
+#include <QPixmap>
 #include <QPushButton>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -127,6 +128,21 @@ QIcon WarningSign(const QColor& colour, const QColor& mark) {
   return icon;
 }
 
+// Two arrows to the right, where a menu bar has more than it shows. Every menu bar asks for it when
+// it is made, and the desktop's own takes as long to find as the rest of the bar.
+QIcon MoreSign(const QColor& colour) {
+  QPixmap pixmap(32, 32);
+  pixmap.fill(Qt::transparent);
+  QPainter painter(&pixmap);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(colour, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  for (const int left : {7, 17}) {
+    const std::array<QPointF, 3> arrow = {QPointF(left, 8), {left + 8.0, 16}, QPointF(left, 24)};
+    painter.drawPolyline(arrow.data(), static_cast<int>(arrow.size()));
+  }
+  return QIcon(pixmap);
+}
+
 }  // namespace
 
 bool IsDark(const QPalette& palette) {
@@ -199,8 +215,9 @@ QSize HollinStyle::sizeFromContents(ContentsType type, const QStyleOption* optio
 
 QIcon HollinStyle::standardIcon(StandardPixmap icon, const QStyleOption* option,
                                 const QWidget* widget) const {
-  if (icon != SP_MessageBoxWarning) return QProxyStyle::standardIcon(icon, option, widget);
   const Theme& theme = ThemeFor(QApplication::palette());
+  if (icon == SP_ToolBarHorizontalExtensionButton) return MoreSign(theme.text);
+  if (icon != SP_MessageBoxWarning) return QProxyStyle::standardIcon(icon, option, widget);
   return WarningSign(theme.caution, theme.onAccent);
 }
 

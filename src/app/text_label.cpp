@@ -33,8 +33,19 @@ QString TextLabel::Shown() const {
 }
 
 int TextLabel::heightForWidth(int width) const {
+  const QString shown = Shown();
+  if (shown != measured.text || font() != measured.font || logicalDpiY() != measured.resolution) {
+    measured = {.text = shown, .font = font(), .resolution = logicalDpiY(), .heights = {}};
+  }
+  const auto known = measured.heights.find(width);
+  if (known != measured.heights.end()) return known->second;
+  return measured.heights[width] = MeasuredHeight(width);
+}
+
+int TextLabel::MeasuredHeight(int width) const {
   const QFontMetrics metrics = fontMetrics();
-  const QRect needed = metrics.boundingRect(QRect(0, 0, width, kAnyHeight), kFlags, Shown());
+  const QRect area(0, 0, width, kAnyHeight);
+  const QRect needed = metrics.boundingRect(area, kFlags, measured.text);
   return std::max(lines * metrics.lineSpacing(), needed.height());
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QLabel>
+#include <map>
 
 namespace hollin {
 
@@ -28,8 +29,18 @@ class TextLabel : public QLabel {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  [[nodiscard]] int MeasuredHeight(int width) const;
+
   int lines;
   QString placeholder;
+  // Heights by width, of one text in one font: a layout asks for the same few again and again.
+  struct Measured {
+    QString text;
+    QFont font;
+    int resolution = 0;
+    std::map<int, int> heights;
+  };
+  mutable Measured measured;
 };
 
 }  // namespace hollin

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // How an A2 sector is programmed: the chip's cycles, the blocks, and starting over.
 #include <optional>
+#include <ostream>
 
 #include "tests/updaters/a2_test.h"
 
@@ -91,6 +92,11 @@ struct Resend {
   size_t sends;
   size_t erases;  // 2 where the first attempt failed
 };
+
+// For the names of the cases; GoogleTest would print the bytes between the fields too.
+void PrintTo(const Resend& resend, std::ostream* output) {
+  *output << "command " << int{resend.code} << ", wrong echoes " << resend.wrongEchoes;
+}
 
 class A2UpdateResendTest : public A2UpdateProgramTest,
                            public testing::WithParamInterface<Resend> {};

@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QStyle>
 
+#include "app/alert_scope.h"
+
 namespace hollin {
 namespace {
 
@@ -54,6 +56,7 @@ QMessageBox* MakeAlertBox(const Alert& alert, QWidget* parent) {
 }
 
 void RunAlert(const Alert& alert, QWidget* parent) {
+  const AlertScope scope;
   const QPointer<QMessageBox> box(MakeAlertBox(alert, parent));
   box->exec();
   delete box;  // null when it went with its parent

@@ -7,15 +7,23 @@
 
 #include "app/bus_service.h"
 #include "app/file_uri.h"
+#include "app/main_window.h"
 #include "base/log.h"
 
 namespace hollin {
 namespace {
 
 // The window's next wish to come to the front is then granted, where the desktop asks for this.
+// Older starters put the same under the older name. The environment is not touched while a worker
+// lives, which may be reading it.
 void TakeActivation(const QVariantMap& platformData) {
-  const QByteArray token = platformData.value("activation-token").toString().toUtf8();
-  if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token);
+  if (MainWindow::IsWorkerAlive()) return;
+  for (const char* key : {kActivationToken, kStartupId}) {
+    const QByteArray token = platformData.value(key).toString().toUtf8();
+    if (token.isEmpty()) continue;
+    qputenv("XDG_ACTIVATION_TOKEN", token);
+    return;
+  }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QFile>
 #include <optional>
 
@@ -19,9 +20,7 @@ constexpr char kObjectPath[] = "/com/tovari/Hollin";
 constexpr char kInterface[] = "org.freedesktop.Application";
 constexpr int kLongestWait = 5000;  // ms
 
-constexpr char kActivationToken[] = "activation-token";
 constexpr char kActivationVariable[] = "XDG_ACTIVATION_TOKEN";
-constexpr char kStartupId[] = "desktop-startup-id";
 constexpr char kStartupVariable[] = "DESKTOP_STARTUP_ID";
 
 // Where nothing says that there is a bus, the library behind QtDBus would try to start one.
@@ -71,6 +70,22 @@ StartRequest ReadStartRequest() {
 bool HandOver(const StartRequest& request) {
   const std::optional<QDBusConnection> bus = SessionBus();
   return bus && !IsNobodyThere(bus->call(MessageFor(request), QDBus::Block, kLongestWait));
+}
+
+void HandOverLater(const StartRequest& request, QObject* context,
+                   const std::function<void(bool)>& done) {
+  const std::optional<QDBusConnection> bus = SessionBus();
+  if (!bus) {
+    QMetaObject::invokeMethod(
+        context, [done] { done(false); }, Qt::QueuedConnection);
+    return;
+  }
+  auto* const watcher =
+      new QDBusPendingCallWatcher(bus->asyncCall(MessageFor(request), kLongestWait), context);
+  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context, [watcher, done] {
+    watcher->deleteLater();
+    done(!IsNobodyThere(watcher->reply()));
+  });
 }
 
 // The library writes from a thread of its own, in order: what comes back was written, and all

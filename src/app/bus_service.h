@@ -5,9 +5,14 @@
 
 #include <QObject>
 #include <QVariantMap>
+#include <functional>
 #include <string>
 
 namespace hollin {
+
+// What the platform data of org.freedesktop.Application may hold.
+inline constexpr char kActivationToken[] = "activation-token";
+inline constexpr char kStartupId[] = "desktop-startup-id";
 
 // What somebody wants who starts the program.
 struct StartRequest {
@@ -21,6 +26,10 @@ struct StartRequest {
 // Hands a request to the program that has the name. False where there is none, or no bus. Does not
 // wait for more than that program's answer, and for that not long.
 [[nodiscard]] bool HandOver(const StartRequest& request);
+// The same without waiting: `done` gets the answer from the event loop, unless `context` has gone
+// by then.
+void HandOverLater(const StartRequest& request, QObject* context,
+                   const std::function<void(bool)>& done);
 
 class BusService : public QObject {
   Q_OBJECT

@@ -2,7 +2,11 @@
 #include "app/device_watcher.h"
 
 #include <libudev.h>
+#include <unistd.h>
 
+#include <filesystem>
+#include <map>
+#include <system_error>
 #include <utility>
 
 namespace hollin {
@@ -27,13 +31,15 @@ Owned<udev_monitor> StartMonitor(udev* context) {
   return monitor;
 }
 
+// A monitor can be had without it too, but tells nothing then.
+bool IsUdevRunning() { return access("/run/udev/control", F_OK) == 0; }
+
 class UdevMonitorEvents : public DeviceEvents {
  public:
   UdevMonitorEvents() : context(udev_new()), monitor(StartMonitor(context.get())) {}
 
-  [[nodiscard]] int Descriptor() const override {
-    return monitor == nullptr ? -1 : udev_monitor_get_fd(monitor.get());
-  }
+  [[nodiscard]] bool IsWorking() const { return monitor != nullptr; }
+  [[nodiscard]] int Descriptor() const override { return udev_monitor_get_fd(monitor.get()); }
 
   // The monitor's descriptor does not block.
   bool TakeAll() override {
@@ -47,16 +53,56 @@ class UdevMonitorEvents : public DeviceEvents {
   Owned<udev_monitor> monitor;
 };
 
+// What each link leads to tells a keyboard from the one that was there before under its name.
+class ListedEvents : public DeviceEvents {
+ public:
+  explicit ListedEvents(std::string watchedFolder)
+      : folder(std::move(watchedFolder)), known(Links()) {}
+
+  [[nodiscard]] int Descriptor() const override { return -1; }
+  bool TakeAll() override { return std::exchange(known, Links()) != known; }
+
+ private:
+  using LinkMap = std::map<std::string, std::string>;
+
+  [[nodiscard]] LinkMap Links() const {
+    LinkMap links;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+      std::error_code noLink;
+      links[entry->path().string()] = std::filesystem::read_symlink(entry->path(), noLink).string();
+    }
+    return links;
+  }
+
+  std::string folder;
+  LinkMap known;
+};
+
 }  // namespace
 
-std::unique_ptr<DeviceEvents> UdevEvents() { return std::make_unique<UdevMonitorEvents>(); }
+std::unique_ptr<DeviceEvents> UdevEvents() {
+  if (!IsUdevRunning()) return nullptr;
+  auto events = std::make_unique<UdevMonitorEvents>();
+  return events->IsWorking() ? std::move(events) : nullptr;
+}
 
-DeviceWatcher::DeviceWatcher(std::unique_ptr<DeviceEvents> eventSource, QObject* parent)
+std::unique_ptr<DeviceEvents> FolderEvents(const std::string& folder) {
+  return std::make_unique<ListedEvents>(folder);
+}
+
+DeviceWatcher::DeviceWatcher(std::unique_ptr<DeviceEvents> eventSource, QObject* parent,
+                             std::chrono::milliseconds between)
     : QObject(parent), events(std::move(eventSource)) {
   quiet.setSingleShot(true);
   quiet.setInterval(kQuiet);
   connect(&quiet, &QTimer::timeout, this, &DeviceWatcher::DevicesChanged);
-  if (events->Descriptor() < 0) return;  // the user presses Refresh then
+  if (events->Descriptor() < 0) {
+    connect(&look, &QTimer::timeout, this, &DeviceWatcher::NoteEvents);
+    look.start(between);
+    return;
+  }
   notifier = std::make_unique<QSocketNotifier>(events->Descriptor(), QSocketNotifier::Read);
   connect(notifier.get(), &QSocketNotifier::activated, this, &DeviceWatcher::NoteEvents);
 }

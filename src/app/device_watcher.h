@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Tells when keyboards may have come or gone. One plug makes several events, and the right to open
 // a keyboard arrives some milliseconds after its node; so the news is told when nothing more has
-// come for a while. It asks no keyboard and lists none.
+// come for a while. It asks no keyboard.
 #pragma once
 
 #include <QObject>
@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <chrono>
 #include <memory>
+#include <string>
 
 namespace hollin {
 
@@ -20,22 +21,27 @@ class DeviceEvents {
   DeviceEvents(const DeviceEvents&) = delete;
   DeviceEvents& operator=(const DeviceEvents&) = delete;
 
-  // Is readable while there are events; -1 where none can ever come.
+  // Is readable while there are events; -1 where one has to look from time to time.
   [[nodiscard]] virtual int Descriptor() const = 0;
   // Takes all that have come, without waiting. False when there were none.
   virtual bool TakeAll() = 0;
 };
 
-// The HID devices as udev sees them, after its rules were applied.
+// The HID devices as udev sees them, after its rules were applied. Null where no udev runs.
 [[nodiscard]] std::unique_ptr<DeviceEvents> UdevEvents();
+// Links that come, go and change in a folder, such as those of /sys/class/hidraw.
+[[nodiscard]] std::unique_ptr<DeviceEvents> FolderEvents(const std::string& folder);
 
 class DeviceWatcher : public QObject {
   Q_OBJECT
 
  public:
-  static constexpr std::chrono::milliseconds kQuiet{300};  // after the last event
+  static constexpr std::chrono::milliseconds kQuiet{300};     // after the last event
+  static constexpr std::chrono::milliseconds kBetween{2000};  // looks, where nothing tells
 
-  explicit DeviceWatcher(std::unique_ptr<DeviceEvents> events, QObject* parent = nullptr);
+  // `between` is for tests.
+  explicit DeviceWatcher(std::unique_ptr<DeviceEvents> events, QObject* parent = nullptr,
+                         std::chrono::milliseconds between = kBetween);
 
  signals:
   void DevicesChanged();
@@ -45,7 +51,7 @@ class DeviceWatcher : public QObject {
 
   std::unique_ptr<DeviceEvents> events;
   std::unique_ptr<QSocketNotifier> notifier;  // goes before what it listens to
-  QTimer quiet;
+  QTimer quiet, look;
 };
 
 }  // namespace hollin

@@ -15,6 +15,7 @@
 #include "app/bus_service.h"
 #include "app/file_uri.h"
 #include "app/instance_lock.h"
+#include "app/keyboard_picture.h"
 #include "app/main_window.h"
 #include "app/main_window_services.h"
 #include "app/process_end.h"
@@ -66,21 +67,21 @@ void ConnectBus(BusService& bus, MainWindow& window, AppDelegate& delegate) {
   QObject::connect(&bus, &BusService::ActivateRequested, [&window, &delegate] {
     delegate.applicationShouldHandleReopen(window.isVisible());
   });
-  QObject::connect(&bus, &BusService::OpenRequested, &window, &MainWindow::OpenDatAtPath);
+  QObject::connect(&bus, &BusService::OpenRequested, &window, &MainWindow::OpenDatFromOutside);
   QObject::connect(&bus, &BusService::QuitRequested, [&delegate] { delegate.Terminate(); });
 }
 
 // Who has the name already, without holding the lock, is to be the one.
 void Begin(BusService& bus, MainWindow& window, AppDelegate& delegate,
            const StartRequest& request) {
+  QApplication::setWindowIcon(DrawProgramIcon());
   if (bus.Start() == BusService::State::kNameTaken && HandOver(request)) {
     return delegate.Terminate();
   }
-  if (!request.package.empty()) window.OpenDatAtPath(request.package);
+  if (!request.package.empty()) window.OpenDatFromOutside(request.package);
 }
 
 int RunWindow(const StartRequest& request) {
-  UseOwnLook();
   MainWindow window;
   AppDelegate delegate;
   BusService bus;
@@ -106,9 +107,11 @@ int main(int argc, char** argv) {
   hollin::StartRequest request = hollin::ReadStartRequest();
   const QApplication application(argc, argv);
   QApplication::setApplicationName("Hollin");
+  QApplication::setDesktopFileName("com.tovari.Hollin");
   QApplication::setQuitOnLastWindowClosed(false);  // the delegate decides
   if (argc > 1) request.package = hollin::PackagePath(argv[1]);
   hollin::UseLanguageOfLocale();
+  hollin::UseOwnLook();
   hollin::InstanceLock lock;
   switch (hollin::StartOnlyOnce(lock, request)) {
     case hollin::StartOutcome::kHandedOver:

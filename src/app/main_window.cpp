@@ -18,6 +18,7 @@
 #include <thread>
 #include <utility>
 
+#include "app/alert_scope.h"
 #include "app/device_access.h"
 #include "app/device_settings.h"
 #include "app/not_connected_text.h"
@@ -80,6 +81,8 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
   ShowStage(Stage::kChoosePackage);
   secondTimer.setInterval(std::chrono::seconds(1));
   connect(&secondTimer, &QTimer::timeout, this, &MainWindow::ShowProgressNote);
+  connect(&AlertWatch::Instance(), &AlertWatch::AllGone, this, &MainWindow::CatchUp,
+          Qt::QueuedConnection);
 }
 
 void MainWindow::InitButton() {
@@ -108,15 +111,31 @@ void MainWindow::SetCaption(const std::string& caption) {
 void MainWindow::OpenDat() {
   if (isUpdating) return;
   const QPointer<MainWindow> self(this);
+  isChoosing = true;
   const std::string path = ChoosePackage();
-  if (self && !path.empty()) OpenDatAtPath(path);
+  if (!self) return;
+  isChoosing = false;
+  if (!path.empty()) waitingPackage = path;  // goes before what came from outside meanwhile
+  CatchUp();
+}
+
+void MainWindow::OpenDatFromOutside(const std::string& path) {
+  waitingPackage = path;
+  CatchUp();
+}
+
+void MainWindow::CatchUp() {
+  if (AlertScope::IsAny() || isChoosing) return;
+  const std::string path = std::exchange(waitingPackage, {});
+  if (std::exchange(hasMissedChange, false)) DevicesMayHaveChanged();
+  if (!path.empty()) OpenDatAtPath(path);
 }
 
 void MainWindow::OpenDatAtPath(const std::string& path) {
   if (isUpdating) return;
   const QString shownPath = QString::fromStdString(path);
   textFieldPath->setText(shownPath);
-  textFieldPath->setToolTip(shownPath.toHtmlEscaped());
+  textFieldPath->setToolTip("<span>" + shownPath.toHtmlEscaped() + "</span>");  // as markup
   if (!datFile.OpenDatFile(path)) {
     ShowStage(Stage::kPackageRefused);
     return ShowErrorMessage(tr("Unable to open dat file: %1").arg(shownPath));
@@ -154,7 +173,7 @@ void MainWindow::ShowDeviceStatus(const QString& text, Stage newStage) {
   ShowStage(datFile.IsFileReady() ? newStage : Stage::kPackageRefused);
 }
 
-// A bar from 0 to 0 would show that something is going on for ever.
+// Deliberate: never a bar from 0 to 0, which would show that something is going on for ever.
 void MainWindow::ResetProgress() {
   progressStatus->setRange(0, std::max(1, datFile.TotalStepCount()));
   progressStatus->setValue(0);
@@ -240,17 +259,14 @@ void MainWindow::FinishUpdating(const Alert& alert) {
 // Everything may happen in the alert's event loop but a refresh, which waits for its end.
 bool MainWindow::TellUser(const Alert& alert) {
   const QPointer<MainWindow> self(this);
-  alertCount++;
+  const AlertScope scope;
   ShowAlert(alert);
-  if (!self) return false;
-  alertCount--;
-  if (alertCount == 0 && std::exchange(hasMissedChange, false)) DevicesMayHaveChanged();
-  return true;
+  return self != nullptr;
 }
 
 void MainWindow::DevicesMayHaveChanged() {
   if (isUpdating || !buttonRefresh->isEnabled()) return;
-  if (alertCount > 0) {
+  if (AlertScope::IsAny()) {
     hasMissedChange = true;
   } else {
     RefreshDevice();
@@ -269,6 +285,11 @@ void MainWindow::BringToFront() {
 void MainWindow::ShowAlert(const Alert& alert) { RunAlert(alert, this); }
 
 std::string MainWindow::ChoosePackage() { return RunOpenPanel(this); }
+
+bool MainWindow::event(QEvent* event) {
+  if (event->type() == QEvent::ThemeChange) UseDesktopColours();
+  return QMainWindow::event(event);
+}
 
 // Whether the program really quits is not the window's to decide, so it never just closes.
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -294,7 +315,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
   const std::string path = DroppedPackage(*event->mimeData());
   if (isUpdating || path.empty()) return;
   event->acceptProposedAction();
-  QTimer::singleShot(0, this, [this, path] { OpenDatAtPath(path); });
+  QTimer::singleShot(0, this, [this, path] { OpenDatFromOutside(path); });
 }
 
 void LoadDeviceSettings(MainWindow& window) {

@@ -61,6 +61,9 @@ class MainWindow : public QMainWindow {
   // Opens the package at `path`, in the file system's own bytes, as if it had been chosen in the
   // open panel. Ignored while updating.
   void OpenDatAtPath(const std::string& path);
+  // The same for a package that the user did not choose in here: it waits until no alert and no
+  // open panel is up. The last one that waits is the one that is opened.
+  void OpenDatFromOutside(const std::string& path);
   void RemoveTempFile();
   // Shows the window above the others, hidden or minimised as it may be.
   void BringToFront();
@@ -71,7 +74,6 @@ class MainWindow : public QMainWindow {
   void ShowUpdating(int stepCount);
   // From the start of an update until its final alert was dismissed.
   [[nodiscard]] bool IsUpdating() const { return isUpdating; }
-  [[nodiscard]] Stage CurrentStage() const { return stage; }
 
   // The worker's body: runs the update and posts its numbers to `window`, which may be gone by
   // then. `relay` is an object of the main thread that outlives every worker.
@@ -130,6 +132,7 @@ class MainWindow : public QMainWindow {
   virtual void ShowAlert(const Alert& alert);
   [[nodiscard]] virtual std::string ChoosePackage();
 
+  bool event(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
@@ -148,13 +151,14 @@ class MainWindow : public QMainWindow {
   void UseUndoManager(void (QUndoStack::*use)());
   // Shows an alert and counts it. False when the window is gone afterwards.
   bool TellUser(const Alert& alert);
+  // Does what has waited for the end of alerts and panels, unless one is still up.
+  void CatchUp();
   QLayout* MakeHeading();
-  void ShowPicture();
   QWidget* MakePackageCard();
   QWidget* MakeKeyboardCard();
   QWidget* MakeUpdateCard();
   void ConnectActions();
-  void ShowStage(Stage newStage);
+  void ShowStage(Stage stage);
   void ShowDeviceStatus(const QString& text, Stage newStage);
   void ResetProgress();
   void ShowProgressNote();
@@ -163,12 +167,12 @@ class MainWindow : public QMainWindow {
   StepCard* packageCard = nullptr;
   StepCard* keyboardCard = nullptr;
   StepCard* updateCard = nullptr;
-  Stage stage = Stage::kChoosePackage;
   ProgressWords progressWords;
   QTimer secondTimer;  // while an update runs
   bool isUpdating = false;
-  int alertCount = 0;  // that are up
+  bool isChoosing = false;
   bool hasMissedChange = false;
+  std::string waitingPackage;
   bool wasPainted = false;
 };
 

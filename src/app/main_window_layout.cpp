@@ -15,7 +15,6 @@
 #include "app/main_window.h"
 #include "app/step_card.h"
 #include "app/text_label.h"
-#include "app/theme.h"
 
 namespace hollin {
 namespace {
@@ -31,9 +30,7 @@ constexpr int kStatusLines = 2;
 // Captions and notes are drawn back behind what the user has to read.
 template <typename Label>
 Label* Quiet(Label* label) {
-  QPalette palette = label->palette();
-  palette.setColor(QPalette::WindowText, ThemeFor(palette).quietText);
-  label->setPalette(palette);
+  label->setForegroundRole(QPalette::PlaceholderText);
   return label;
 }
 
@@ -119,18 +116,13 @@ QLayout* MainWindow::MakeHeading() {
       Quiet(MakeText(tr("Three steps. Leave the keyboard connected and switched on "
                         "until the last one is done."))));
   texts->addStretch(1);
-  imageView = new QLabel;
+  imageView = new KeyboardPicture(kPictureWidth);
   imageView->setAccessibleName(tr("Drawing of a keyboard"));
-  ShowPicture();
   auto* const row = new QHBoxLayout;
   row->setSpacing(kMargin);
   row->addLayout(texts, 1);
   row->addWidget(imageView);
   return row;
-}
-
-void MainWindow::ShowPicture() {
-  imageView->setPixmap(DrawKeyboard(kPictureWidth, devicePixelRatioF()));
 }
 
 QWidget* MainWindow::MakePackageCard() {
@@ -212,8 +204,7 @@ CardStates StatesOf(Stage stage) {
 
 }  // namespace
 
-void MainWindow::ShowStage(Stage newStage) {
-  stage = newStage;
+void MainWindow::ShowStage(Stage stage) {
   const CardStates states = StatesOf(stage);
   packageCard->SetState(states.package);
   keyboardCard->SetState(states.keyboard);

@@ -5,9 +5,12 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include "app/alert_scope.h"
+
 namespace hollin {
 
 int AskQuestion(const Question& question, QWidget* parent) {
+  const AlertScope scope;
   const QPointer<QMessageBox> box(MakeAlertBox(question.alert, parent));
   const QPushButton* const first = box->addButton(question.firstButton, QMessageBox::AcceptRole);
   QPushButton* const second = box->addButton(question.secondButton, QMessageBox::RejectRole);

@@ -38,18 +38,21 @@ StartOutcome AskToWait(InstanceLock& lock, const StartRequest& request) {
   box->addButton(SingleInstanceText::tr("Quit"), QMessageBox::RejectRole);
   StartOutcome outcome = StartOutcome::kGivenUp;
   QTimer look;
-  QObject::connect(&look, &QTimer::timeout, box.get(), [&] {
-    if (IsFree(lock)) {
-      outcome = StartOutcome::kGoOn;
-    } else if (HandOver(request)) {
-      outcome = StartOutcome::kHandedOver;
-    } else {
-      return;
-    }
-    look.stop();
+  look.setInterval(kBetweenLooks);
+  look.setSingleShot(true);
+  const auto endWith = [&](StartOutcome newOutcome) {
+    outcome = newOutcome;
     box->done(0);
+  };
+  // The other one may be silent: the alert is answered meanwhile.
+  QObject::connect(&look, &QTimer::timeout, box.get(), [&] {
+    if (IsFree(lock)) return endWith(StartOutcome::kGoOn);
+    HandOverLater(request, box.get(), [&](bool isHandedOver) {
+      if (isHandedOver) return endWith(StartOutcome::kHandedOver);
+      look.start();
+    });
   });
-  look.start(kBetweenLooks);
+  look.start();
   box->exec();
   return outcome;
 }

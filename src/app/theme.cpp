@@ -227,6 +227,12 @@ int HollinStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
   return QProxyStyle::styleHint(hint, option, widget, data);
 }
 
+// Without a palette of the application its palette is the desktop's.
+void UseDesktopColours() {
+  QApplication::setPalette(QPalette());
+  QApplication::setPalette(PaletteOf(ThemeFor(QApplication::palette())));
+}
+
 void UseOwnLook() {
   const Theme& theme = ThemeFor(QApplication::palette());
   QApplication::setStyle(new HollinStyle);

@@ -51,5 +51,7 @@ class HollinStyle : public QProxyStyle {
 // Gives the application the style, and the set of colours that is like the desktop's. Once, before
 // the first window is made.
 void UseOwnLook();
+// Changes to the other set of colours where the desktop has done so.
+void UseDesktopColours();
 
 }  // namespace hollin

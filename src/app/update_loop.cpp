@@ -50,6 +50,7 @@ UpdateOutcome RunSteps(DatFileExamine& datFile, const std::function<void(int32_t
 UpdateOutcome RunUpdate(DatFileExamine& datFile, const std::function<void(int32_t)>& progress,
                         const std::function<bool()>& shouldStop) {
   UpdateOutcome outcome = UpdateOutcome::kFailed;
+  // Deliberate: with a package that was refused nothing is sent, not even the end.
   const bool succeeded = datFile.IsFileReady() && Succeeds([&] {
                            outcome = RunSteps(datFile, progress, shouldStop);
                            return outcome == UpdateOutcome::kSucceeded;

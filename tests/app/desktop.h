@@ -23,6 +23,11 @@ class Desktop {
   }
 
   [[nodiscard]] bool Shows(const std::string& title) const { return !WindowNamed(title).empty(); }
+  // The colour in the window's upper left corner, as 0xRRGGBB.
+  [[nodiscard]] unsigned long CornerColour(const std::string& title) const;
+  // Whether the window has a property, as window managers read them, of at least that many items.
+  [[nodiscard]] bool HasProperty(const std::string& title, const std::string& property,
+                                 size_t items) const;
   // Presses a key, as xdotool names it, in that window.
   void Press(const std::string& title, const std::string& key) const;
   // What a window manager does when the user closes a window.

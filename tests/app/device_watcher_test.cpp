@@ -9,8 +9,12 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <array>
+#include <filesystem>
 #include <stdexcept>
+#include <string>
 #include <utility>
+
+#include "tests/support/temp_folder.h"
 
 namespace hollin {
 namespace {
@@ -40,10 +44,15 @@ class PipedEvents : public DeviceEvents {
   std::array<int, 2> ends{};
 };
 
-class NoEvents : public DeviceEvents {
- public:
-  [[nodiscard]] int Descriptor() const override { return -1; }
-  bool TakeAll() override { throw std::logic_error("asked for events that cannot come"); }
+// A folder of links as those of the devices, watched without anybody who tells.
+class DeviceFolderTest : public ::testing::Test {
+ protected:
+  void Plug(const std::string& node, const std::string& device) const {
+    std::filesystem::create_symlink("../" + device, folder.Path(node));
+  }
+  void Pull(const std::string& node) const { std::filesystem::remove(folder.Path(node)); }
+
+  TempFolder folder;
 };
 
 class DeviceWatcherTest : public ::testing::Test {
@@ -99,20 +108,53 @@ TEST_F(DeviceWatcherTest, WatcherThatGoesTellsNothing) {
   EXPECT_EQ(changes->count(), 0);
 }
 
-TEST_F(DeviceWatcherTest, WithoutASourceNothingIsAsked) {
-  const DeviceWatcher deaf(std::make_unique<NoEvents>());
-  const QSignalSpy told(&deaf, &DeviceWatcher::DevicesChanged);
-  QTest::qWait(20);
+TEST_F(DeviceWatcherTest, WhereNothingTellsOneLooksEveryTwoSeconds) {
+  EXPECT_EQ(DeviceWatcher::kBetween, 2000ms);
+  const TempFolder folder;
+  const DeviceWatcher looking(FolderEvents(folder.Path()), nullptr, 10ms);
+  QSignalSpy told(&looking, &DeviceWatcher::DevicesChanged);
+  QTest::qWait(50);
   EXPECT_EQ(told.count(), 0);
+  std::filesystem::create_symlink("../a", folder.Path("hidraw0"));
+  EXPECT_TRUE(told.wait(2000));
+  QTest::qWait(50);
+  EXPECT_EQ(told.count(), 1);
 }
 
-TEST_F(DeviceWatcherTest, MonitorOfUdevStartsWithoutEvents) {
+TEST_F(DeviceWatcherTest, UdevTellsWhereItRunsAndOnlyThere) {
   const std::unique_ptr<DeviceEvents> monitor = UdevEvents();
-  if (monitor->Descriptor() >= 0) {
-    EXPECT_FALSE(monitor->TakeAll());
-  } else {
-    EXPECT_EQ(monitor->Descriptor(), -1);
-  }
+  EXPECT_EQ(monitor != nullptr, access("/run/udev/control", F_OK) == 0);
+  if (monitor == nullptr) return;
+  EXPECT_GE(monitor->Descriptor(), 0);
+  EXPECT_FALSE(monitor->TakeAll());
+}
+
+TEST_F(DeviceFolderTest, DeviceThatComesOrGoesIsAnEvent) {
+  const auto events = FolderEvents(folder.Path());
+  EXPECT_LT(events->Descriptor(), 0);
+  EXPECT_FALSE(events->TakeAll());
+  Plug("hidraw0", "1");
+  EXPECT_TRUE(events->TakeAll());
+  EXPECT_FALSE(events->TakeAll());
+  Pull("hidraw0");
+  EXPECT_TRUE(events->TakeAll());
+}
+
+TEST_F(DeviceFolderTest, AnotherDeviceUnderTheSameNameIsAnEvent) {
+  Plug("hidraw0", "1");
+  const auto events = FolderEvents(folder.Path());
+  Pull("hidraw0");
+  Plug("hidraw0", "2");
+  EXPECT_TRUE(events->TakeAll());
+}
+
+TEST_F(DeviceFolderTest, FolderThatIsNotThereYetMayCome) {
+  const auto events = FolderEvents(folder.Path("class"));
+  EXPECT_FALSE(events->TakeAll());
+  std::filesystem::create_directory(folder.Path("class"));
+  EXPECT_FALSE(events->TakeAll());
+  Plug("class/hidraw0", "1");
+  EXPECT_TRUE(events->TakeAll());
 }
 
 }  // namespace

@@ -222,6 +222,23 @@ TEST_F(OneInstanceTest, TheWaitingStartSpeaksTheUsersLanguage) {
   EXPECT_EQ(second->Wait(), 5);
 }
 
+TEST_F(OneInstanceTest, TheWaitingStartHasTheProgramsOwnColours) {
+  const Program first = StartFirstWithoutBus();
+  const Program second = Run({kHollin}, false);
+  EXPECT_TRUE(Eventually([this] { return desktop.Shows(kBusy); }));
+  EXPECT_TRUE(Eventually([this] { return desktop.CornerColour(kBusy) == 0xF4F5F8; }));
+}
+
+TEST_F(OneInstanceTest, APackageThatComesDuringAnAlertIsOpenedAfterIt) {
+  const Program first = StartFirst({kHollin, folder.Path("missing.dat")});
+  EXPECT_TRUE(Eventually([this] { return desktop.Shows("Error"); }));
+  EXPECT_EQ(Run({kHollin, Package()})->Wait(), 0);
+  EXPECT_FALSE(std::filesystem::exists(kTempFile));
+  desktop.Press("Error", "Return");
+  EXPECT_TRUE(Eventually([] { return std::filesystem::exists(kTempFile); }));
+  ExpectQuit(*first);
+}
+
 TEST_F(OneInstanceTest, ABusThatDoesNotAnswerIsLikeNone) {
   more = {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.Path("nowhere")}};
   const Program first = Run({kHollin});

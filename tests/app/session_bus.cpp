@@ -13,6 +13,13 @@ constexpr const char* kConnectionName = "test";
 const Subprocess::Setup kDaemon = {
     .command = {"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address=1"}};
 
+QDBusMessage CallOf(const QString& method, const QVariantList& arguments) {
+  QDBusMessage message = QDBusMessage::createMethodCall("com.tovari.Hollin", "/com/tovari/Hollin",
+                                                        "org.freedesktop.Application", method);
+  message.setArguments(arguments);
+  return message;
+}
+
 }  // namespace
 
 SessionBus::SessionBus() : daemon(kDaemon), connection("") {
@@ -29,10 +36,12 @@ bool SessionBus::Has(const QString& name) const {
 }
 
 bool SessionBus::CallApplication(const QString& method, const QVariantList& arguments) const {
-  QDBusMessage message = QDBusMessage::createMethodCall("com.tovari.Hollin", "/com/tovari/Hollin",
-                                                        "org.freedesktop.Application", method);
-  message.setArguments(arguments);
-  return connection.call(message).type() == QDBusMessage::ReplyMessage;
+  return connection.call(CallOf(method, arguments)).type() == QDBusMessage::ReplyMessage;
+}
+
+bool SessionBus::CallFromAside(const QString& method, const QVariantList& arguments) const {
+  const QDBusMessage reply = connection.call(CallOf(method, arguments), QDBus::BlockWithGui, 10000);
+  return reply.type() == QDBusMessage::ReplyMessage;
 }
 
 }  // namespace hollin

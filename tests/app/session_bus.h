@@ -25,6 +25,9 @@ class SessionBus {
 
   // Whether somebody has that name.
   [[nodiscard]] bool Has(const QString& name) const;
+  [[nodiscard]] QDBusConnection Connection() const { return connection; }
+  // The same as below to a service of this very process, whose event loop runs meanwhile.
+  [[nodiscard]] bool CallFromAside(const QString& method, const QVariantList& arguments) const;
   // Calls the program as desktops do. Whether there was a reply.
   [[nodiscard]] bool CallApplication(const QString& method, const QVariantList& arguments) const;
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What the user sees: the three cards, colours, room for every text.
+#include <QTextDocumentFragment>
 #include <algorithm>
 #include <cmath>
 
+#include "app/keyboard_picture.h"
 #include "app/step_card.h"
 #include "app/text_label.h"
 #include "app/theme.h"
@@ -216,6 +218,39 @@ TEST_F(WindowLookTest, DrawingIsThere) {
   EXPECT_FALSE(window->imageView->pixmap().isNull());
   EXPECT_EQ(window->imageView->pixmap().devicePixelRatio(), window->devicePixelRatio());
   EXPECT_GT(window->imageView->pixmap().toImage().pixelColor(145, 60).alpha(), 200);
+}
+
+// A picture of another ratio is what is left of a screen that the window has been moved from.
+TEST_F(WindowLookTest, DrawingFollowsTheScreensPixels) {
+  Launch(false);
+  const double ratio = window->devicePixelRatioF();
+  window->imageView->setPixmap(DrawKeyboard(290, ratio * 2));
+  static_cast<void>(window->imageView->grab());
+  EXPECT_EQ(window->imageView->pixmap().devicePixelRatio(), ratio);
+  EXPECT_EQ(window->imageView->pixmap().deviceIndependentSize().width(), 290);
+}
+
+// The desktop of the tests is a light one, so it has become light when it is looked at again.
+TEST_F(WindowLookTest, WindowFollowsADesktopThatChangesItsColours) {
+  Launch(true);
+  UseFakeUpdate(4);
+  EXPECT_TRUE(IsDark(window->palette()));
+  QEvent change(QEvent::ThemeChange);
+  QApplication::sendEvent(window.get(), &change);
+  QTest::qWait(10);
+  const Theme& light = ThemeOf(false);
+  EXPECT_EQ(window->palette().color(QPalette::Window), light.ground);
+  EXPECT_EQ(ColourIn(*window, {0.005, 0.5}), light.ground);
+  const auto& note = *window->progressNote;
+  EXPECT_EQ(note.palette().color(note.foregroundRole()), light.quietText);
+  EXPECT_EQ(ColourIn(*window->progressStatus, {0.5, 0.5}), QColor(142, 142, 147));
+}
+
+TEST_F(WindowLookTest, PathInTheTooltipIsShownAsItIs) {
+  window->OpenDatAtPath("/R&D <b>.dat");
+  const QString tip = window->textFieldPath->toolTip();
+  EXPECT_TRUE(Qt::mightBeRichText(tip));
+  EXPECT_EQ(QTextDocumentFragment::fromHtml(tip).toPlainText(), "/R&D <b>.dat");
 }
 
 TEST_F(WindowLookTest, NoteTellsHowFarTheUpdateIs) {

@@ -3,14 +3,30 @@
 // are dropped.
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QMessageBox>
 #include <QMimeData>
+#include <QTimer>
 
+#include "app/app_error.h"
+#include "app/error_presenter.h"
+#include "app/question.h"
 #include "tests/app/window_test.h"
 
 namespace hollin {
 namespace {
 
-class WindowPlugTest : public WindowTest {};
+class WindowPlugTest : public WindowTest {
+ protected:
+  // Does something while the next alert is really up, and dismisses it.
+  void WithAlert(const std::function<void()>& act) {
+    QTimer::singleShot(0, &application, [act] {
+      auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      act();
+      box->close();
+    });
+  }
+};
 
 class WindowDropTest : public WindowTest {
  protected:
@@ -83,6 +99,7 @@ TEST_F(WindowPlugTest, ChangeDuringAnAlertWaitsForItsEnd) {
     callsDuringAlert = hidapi.calls.size();
   };
   window->OpenDatAtPath(folder.Path("missing.dat"));
+  QTest::qWait(0);
   EXPECT_EQ(callsDuringAlert, 0U);
   EXPECT_EQ(hidapi.CountOf("hid_enumerate"), 1U);
   EXPECT_EQ(ButtonStates(), kReadyWithoutDevice);
@@ -92,7 +109,115 @@ TEST_F(WindowPlugTest, AlertWithoutAChangeIsNotFollowedByARefresh) {
   OpenGoodPackage(1);
   hidapi.calls.clear();
   Open(folder.Path("missing.dat"));
+  QTest::qWait(0);
   EXPECT_TRUE(hidapi.calls.empty());
+}
+
+TEST_F(WindowPlugTest, ChangeDuringAnyAlertOfTheProgramWaitsForItsEnd) {
+  const std::pair<const char*, std::function<void()>> alerts[] = {
+      {"alert", [this] { RunAlert({.message = "x"}, window.get()); }},
+      {"question",
+       [this] {
+         static_cast<void>(AskQuestion(
+             {.alert = {.message = "x"}, .firstButton = "1", .secondButton = "2"}, window.get()));
+       }},
+      {"error", [this] { PresentError({.description = "x"}, window.get()); }}};
+  OpenGoodPackage(1);
+  for (const auto& [name, showAlert] : alerts) {
+    hidapi.calls.clear();
+    size_t callsDuringAlert = 99;
+    WithAlert([&] {
+      window->DevicesMayHaveChanged();
+      callsDuringAlert = hidapi.calls.size();
+    });
+    showAlert();
+    QTest::qWait(0);
+    EXPECT_EQ(callsDuringAlert, 0U) << name;
+    EXPECT_EQ(hidapi.CountOf("hid_enumerate"), 1U) << name;
+  }
+}
+
+TEST_F(WindowPlugTest, ChangeBetweenTwoAlertsWaitsForTheSecond) {
+  OpenGoodPackage(1);
+  hidapi.calls.clear();
+  WithAlert([&] { window->DevicesMayHaveChanged(); });
+  RunAlert({.message = "first"}, window.get());
+  size_t callsDuringAlert = 99;
+  WithAlert([&] {
+    QTest::qWait(0);
+    callsDuringAlert = hidapi.calls.size();
+  });
+  RunAlert({.message = "second"}, window.get());
+  QTest::qWait(0);
+  EXPECT_EQ(callsDuringAlert, 0U);
+  EXPECT_EQ(hidapi.CountOf("hid_enumerate"), 1U);
+}
+
+TEST_F(WindowPlugTest, ChangeWhileTheOpenPanelIsUpActsLikeRefreshAtOnce) {
+  OpenGoodPackage(1);
+  hidapi.deviceCount = 0;
+  Buttons duringPanel{};
+  window->duringDialog = [&] {
+    window->DevicesMayHaveChanged();
+    duringPanel = ButtonStates();
+  };
+  Open("");
+  EXPECT_EQ(duringPanel, kReadyWithoutDevice);
+}
+
+TEST_F(WindowPlugTest, PackageFromOutsideWaitsForTheEndOfAnAlert) {
+  const std::string path = folder.Write("good.dat", MakePackage());
+  std::string pathDuringAlert;
+  WithAlert([&] {
+    window->OpenDatFromOutside(folder.Path("earlier.dat"));
+    window->OpenDatFromOutside(path);
+    pathDuringAlert = Path();
+  });
+  RunAlert({.message = "x"}, window.get());
+  QTest::qWait(0);
+  EXPECT_EQ(pathDuringAlert, "");
+  EXPECT_EQ(Path(), path);
+  EXPECT_TRUE(window->alerts.empty());  // of the earlier one, which is not there
+}
+
+TEST_F(WindowPlugTest, PackageFromOutsideWaitsForTheEndOfTheFinalAlert) {
+  const RecordedPause pauses;
+  UseFakeUpdate(1);
+  const std::string path = folder.Write("good.dat", MakePackage());
+  window->duringDialog = [&] { window->OpenDatFromOutside(path); };
+  Update();
+  QTest::qWait(0);
+  EXPECT_EQ(Path(), path);
+}
+
+TEST_F(WindowPlugTest, PackageFromOutsideIsIgnoredWhileUpdating) {
+  HeldPause pauses;
+  UseFakeUpdate(1);
+  window->UpdateDevice();
+  pauses.AwaitPause();
+  window->OpenDatFromOutside(folder.Write("good.dat", MakePackage()));
+  pauses.Release();
+  AwaitEndOfUpdate();
+  QTest::qWait(0);
+  EXPECT_EQ(Path(), "");
+}
+
+TEST_F(WindowPlugTest, PackageFromOutsideWaitsForTheEndOfTheOpenPanel) {
+  const std::string path = folder.Write("good.dat", MakePackage());
+  std::string pathDuringPanel;
+  window->duringDialog = [&] {
+    window->OpenDatFromOutside(path);
+    pathDuringPanel = Path();
+  };
+  Open("");
+  EXPECT_EQ(pathDuringPanel, "");
+  EXPECT_EQ(Path(), path);
+}
+
+TEST_F(WindowPlugTest, WhatIsChosenInThePanelGoesBeforeAPackageFromOutside) {
+  window->duringDialog = [&] { window->OpenDatFromOutside(folder.Path("other.dat")); };
+  OpenGoodPackage(1);
+  EXPECT_EQ(Path(), folder.Path("good.dat"));
 }
 
 TEST_F(WindowDropTest, DroppedPackageTakesTheStepsAfterThePanel) {

@@ -247,6 +247,12 @@ TEST_F(WindowProgramTest, ConfigurationBesideTheBundleGivesCaptionAndIds) {
   ExpectAlert("Information");
 }
 
+TEST_F(WindowProgramTest, DesktopIsToldTheProgramsIcon) {
+  constexpr size_t kLargest = 128 * 128;
+  Start({kHollin});
+  EXPECT_TRUE(Eventually([&] { return desktop.HasProperty(caption, "_NET_WM_ICON", kLargest); }));
+}
+
 TEST_F(WindowProgramTest, SavingMakesTheStoreAndStartingDoesNot) {
   StartWithPackage();
   EXPECT_FALSE(std::filesystem::exists(folder.Path("data")));

@@ -44,6 +44,7 @@ class AddressSet {
     }
     addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
   }
+
   // Whether all entries before `at` are smaller than the address, and none from there on.
   [[nodiscard]] bool BelongsAt(size_t at, uint32_t address) const {
     if (at > addresses.size() || (at > 0 && addresses[at - 1] >= address)) return false;

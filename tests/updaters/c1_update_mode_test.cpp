@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The first step of a C1 update: mode, configuration, and whether the image fits.
 #include <optional>
+#include <ostream>
 
 #include "tests/updaters/c1_test.h"
 
@@ -99,6 +100,12 @@ struct Attempts {
   size_t modes, configures;  // what is sent
   bool succeeds;
 };
+
+// For the names of the cases; GoogleTest would print the bytes between the fields too.
+void PrintTo(const Attempts& attempts, std::ostream* output) {
+  *output << attempts.retries << " retries, mode refused " << attempts.modeRefusals
+          << " times, configuration " << attempts.configureRefusals << " times";
+}
 
 class C1UpdateRetryTest : public C1UpdateModeTest, public testing::WithParamInterface<Attempts> {};
 

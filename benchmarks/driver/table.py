@@ -11,10 +11,10 @@ class Line:
     goal: str
     figure: str
     met: bool
-    note: str = ""
+    note: str = ""  # why a goal is missed
 
     def verdict(self):
-        return ("met" if self.met else "missed") + (f": {self.note}" if self.note else "")
+        return "met" if self.met else "missed" + (f": {self.note}" if self.note else "")
 
 
 def row(function):

@@ -69,7 +69,8 @@ def start():
     with tools.desktop() as env:
         time_to_painted(tools.WINDOW, env), time_to_painted(EMPTY, env)  # files are read from the disk once
         results = tools.pairs(25, lambda: time_to_painted(tools.WINDOW, env), lambda: time_to_painted(EMPTY, env))
-    return [at_most("start to painted window, over an empty window", tools.median_ratio(results), 1.25)]
+    return [at_most("start to painted window, over an empty window", tools.median_ratio(results), 1.25,
+                    note="the floor has one font, no menus and no picture; those take what is above")]
 
 
 def peak_after_start(program, env):

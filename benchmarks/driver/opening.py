@@ -37,7 +37,7 @@ def times(kind, size, count):
 def opening():
     lines = []
     for kind in KINDS:
-        ratio = tools.median_ratio(times(kind, 16 * MIB, 15))
+        ratio = tools.median_ratio(times(kind, 16 * MIB, 9))
         lines.append(at_most(f"opening a package of 16 MiB, over the floor, {kind}", ratio, 1.25))
     small, large = times("A2", 16 * MIB, 9), times("A2", 256 * MIB, 3)
     growth = statistics.median(a for a, _ in large) / statistics.median(a for a, _ in small) / 16

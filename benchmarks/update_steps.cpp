@@ -30,6 +30,7 @@ double Median(std::vector<double> times) {
 
 std::vector<double> TimesOfSteps(DatFileExamine& datFile) {
   std::vector<double> times;
+  times.reserve(static_cast<size_t>(datFile.TotalStepCount()));
   for (int32_t step = 0; step < datFile.TotalStepCount(); step++) {
     times.push_back(SecondsOf<ProcessorClock>(
         [&] { Require(datFile.RunUpdateStep(static_cast<uint32_t>(step))); }));

@@ -9,17 +9,23 @@
 
 namespace hollin {
 
-int AskQuestion(const Question& question, QWidget* parent) {
-  const AlertScope scope;
-  const QPointer<QMessageBox> box(MakeAlertBox(question.alert, parent));
-  const QPushButton* const first = box->addButton(question.firstButton, QMessageBox::AcceptRole);
+QMessageBox* MakeQuestionBox(const Question& question, QWidget* parent) {
+  QMessageBox* const box = MakeAlertBox(question.alert, parent);
+  box->addButton(question.firstButton, QMessageBox::AcceptRole);
   QPushButton* const second = box->addButton(question.secondButton, QMessageBox::RejectRole);
   box->setDefaultButton(second);
   box->setEscapeButton(second);
+  return box;
+}
+
+int AskQuestion(const Question& question, QWidget* parent) {
+  const AlertScope scope;
+  const QPointer<QMessageBox> box(MakeQuestionBox(question, parent));
   box->exec();
-  const int answer = box && box->clickedButton() == first ? kFirstButton : kSecondButton;
+  const bool isFirst =
+      box && box->clickedButton() != nullptr && box->clickedButton() != box->escapeButton();
   delete box;  // null when it went with its parent
-  return answer;
+  return isFirst ? kFirstButton : kSecondButton;
 }
 
 }  // namespace hollin

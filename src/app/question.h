@@ -6,6 +6,7 @@
 
 #include "app/alert.h"
 
+class QMessageBox;
 class QWidget;
 
 namespace hollin {
@@ -19,6 +20,9 @@ struct Question {
   QString firstButton = {};
   QString secondButton = {};  // what Esc and the closing of the alert choose too
 };
+
+// The box that shows a question, with its two buttons in their order. Owned by `parent`.
+[[nodiscard]] QMessageBox* MakeQuestionBox(const Question& question, QWidget* parent);
 
 // Shows the question and returns when it was answered. Runs an event loop of its own: `parent` may
 // be gone afterwards.

@@ -30,12 +30,7 @@ struct SingleInstanceText {
 bool IsFree(InstanceLock& lock) { return lock.Take() != LockState::kBusy; }
 
 StartOutcome AskToWait(InstanceLock& lock, const StartRequest& request) {
-  const std::unique_ptr<QMessageBox> box(MakeAlertBox(
-      {.message = SingleInstanceText::tr("Another Hollin is at work"),
-       .informativeText = SingleInstanceText::tr("Hollin starts as soon as it has ended."),
-       .style = AlertStyle::kWarning},
-      nullptr));
-  box->addButton(SingleInstanceText::tr("Quit"), QMessageBox::RejectRole);
+  const std::unique_ptr<QMessageBox> box(MakeAnotherHollinBox());
   StartOutcome outcome = StartOutcome::kGivenUp;
   QTimer look;
   look.setInterval(kBetweenLooks);
@@ -58,6 +53,16 @@ StartOutcome AskToWait(InstanceLock& lock, const StartRequest& request) {
 }
 
 }  // namespace
+
+QMessageBox* MakeAnotherHollinBox() {
+  QMessageBox* const box = MakeAlertBox(
+      {.message = SingleInstanceText::tr("Another Hollin is at work"),
+       .informativeText = SingleInstanceText::tr("Hollin starts as soon as it has ended."),
+       .style = AlertStyle::kWarning},
+      nullptr);
+  box->addButton(SingleInstanceText::tr("Quit"), QMessageBox::RejectRole);
+  return box;
+}
 
 StartOutcome StartOnlyOnce(InstanceLock& lock, const StartRequest& request) {
   for (int attempt = 0; attempt < kAttempts; attempt++) {

@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressBar>
@@ -14,8 +15,12 @@
 #include <cstdio>
 
 #include "app/about_box.h"
+#include "app/app_delegate.h"
 #include "app/main_window.h"
 #include "app/open_panel.h"
+#include "app/question.h"
+#include "app/single_instance.h"
+#include "app/text_label.h"
 #include "app/theme.h"
 #include "app/translations.h"
 #include "tests/app/sample_package.h"
@@ -24,6 +29,8 @@
 
 namespace hollin {
 namespace {
+
+constexpr const char* kUsersFolder = "/home/anna/Downloads";
 
 class Album {
  public:
@@ -76,6 +83,54 @@ void TakeUpdate(PicturedWindow& window, Album& album) {
   album.Take(window, "8-failed");
 }
 
+Question QuitQuestion() {
+  return {
+      .alert = {.message = AppDelegate::tr("Could not save changes while quitting. Quit anyway?"),
+                .informativeText =
+                    AppDelegate::tr("Quitting now will lose any changes you have made since "
+                                    "the last successful save"),
+                .style = AlertStyle::kWarning},
+      .firstButton = AppDelegate::tr("Quit anyway"),
+      .secondButton = AppDelegate::tr("Cancel")};
+}
+
+// With packages in it, and without the places of whoever makes the picture.
+void TakePanel(PicturedWindow& window, Album& album, const TempFolder& folder) {
+  QFileDialog& panel = *MakeOpenPanel(&window);
+  folder.Write("TS30_V1.4.1.dat", MakePackage());
+  panel.setDirectory(QString::fromStdString(folder.Path()));
+  panel.setSidebarUrls({});
+  album.Take(panel, "9-panel");
+  panel.close();
+}
+
+void TakeMenus(PicturedWindow& window, Album& album) {
+  for (QAction* action : window.menuBar()->actions()) {
+    album.Take(*action->menu(), "9-menu-" + action->text().remove('&').toLower().toStdString());
+    action->menu()->close();
+  }
+}
+
+void TakeDialogs(PicturedWindow& window, Album& album) {
+  QDialog& about = *MakeAboutBox(&window);
+  album.Take(about, "9-about");
+  about.close();
+  QMessageBox& question = *MakeQuestionBox(QuitQuestion(), &window);
+  album.Take(question, "9-quit-question");
+  question.close();
+  QMessageBox& error = *MakeAlertBox(
+      {.message = AppDelegate::tr("Failed to initialize the store"),
+       .informativeText = AppDelegate::tr("There was an error building up the data file."),
+       .style = AlertStyle::kWarning},
+      &window);
+  album.Take(error, "9-store-error");
+  error.close();
+  QMessageBox& other = *MakeAnotherHollinBox();
+  album.Take(other, "9-another-hollin");
+  delete &other;
+  TakeMenus(window, album);
+}
+
 void TakeAll(Album& album) {
   ScriptedHidapi& hidapi = Hidapi();
   const TempFolder folder;
@@ -84,13 +139,13 @@ void TakeAll(Album& album) {
   window.SetCaption("Varnholt TS30 Firmware Update V2.0.0");
   album.Take(window, "1-started");
   window.nextAlert = "2-refused-alert";
-  window.OpenDatAtPath(folder.Path("missing.dat"));
+  window.OpenDatAtPath(std::string(kUsersFolder) + "/TS30_V1.4.2.dat");
   album.Take(window, "2-refused");
   hidapi.deviceCount = 0;
   window.OpenDatAtPath(folder.Write(
       "TS30_V1.4.2.dat",
       MakePackage({.version = "V1.4.2", .keys = {"Function", "Transp.", "Registry"}})));
-  window.textFieldPath->setText("/home/anna/Downloads/TS30_V1.4.2.dat");
+  window.textFieldPath->setText(QString(kUsersFolder) + "/TS30_V1.4.2.dat");
   album.Take(window, "3-not-connected");
   hidapi.deviceCount = 2;
   window.RefreshDevice();
@@ -98,9 +153,14 @@ void TakeAll(Album& album) {
   hidapi.deviceCount = 1;
   window.RefreshDevice();
   album.Take(window, "5-ready");
+  window.deviceNote->show();
+  album.Take(window, "5-ready-without-rights");
+  window.deviceNote->hide();
+  TakePanel(window, album, folder);
   TakeUpdate(window, album);
-  album.Take(*MakeAboutBox(&window), "9-about");
-  album.Take(*MakeOpenPanel(&window), "9-panel");
+  TakeDialogs(window, album);
+  window.resize(1, 1);
+  album.Take(window, "10-smallest");
 }
 
 }  // namespace

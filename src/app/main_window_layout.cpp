@@ -23,6 +23,7 @@ constexpr int kMargin = 24;
 constexpr int kGap = 12;  // between the cards
 constexpr int kPictureWidth = 290;
 constexpr int kBarHeight = 10;
+constexpr int kButtonInset = 2;  // what is left around a button for its focus ring
 constexpr int kWindowWidth = 720;
 constexpr int kLeastWidth = 580;
 constexpr int kStatusLines = 2;
@@ -162,7 +163,11 @@ QWidget* MainWindow::MakeUpdateCard() {
   progressStatus = MakeProgressBar(tr("Progress of the update"));
   progressNote = Quiet(new TextLabel);
   updateCard = new StepCard(3, tr("Update the keyboard"), buttonUpdate);
-  updateCard->Add(progressStatus);
+  auto* const barRow = new QWidget;
+  auto* const row = new QHBoxLayout(barRow);
+  row->setContentsMargins(0, 0, kButtonInset, 0);  // in line with the button above
+  row->addWidget(progressStatus);
+  updateCard->Add(barRow);
   updateCard->Add(progressNote);
   return updateCard;
 }

@@ -6,11 +6,13 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
 #include <QPointer>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QTreeView>
 
 #include "app/alert.h"
 
@@ -29,6 +31,7 @@ QLabel* MakeMessage(QWidget* panel) {
   return message;
 }
 
+constexpr QSize kPanelSize(760, 480);
 constexpr const char* kFolderKey = "lastFolder";
 
 // Made anew each time: it is seldom used, and never at start.
@@ -71,6 +74,10 @@ QFileDialog* MakeOpenPanel(QWidget* parent) {
   panel->setAcceptMode(QFileDialog::AcceptOpen);
   panel->setFileMode(QFileDialog::ExistingFile);
   panel->setNameFilter(OpenPanelText::tr("Update packages (*.dat)"));
+  panel->resize(kPanelSize);
+  if (auto* const list = panel->findChild<QTreeView*>("treeView")) {
+    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);  // the names
+  }
   panel->layout()->setMenuBar(MakeMessage(panel));  // the one place above all that lies in there
   return panel;
 }

@@ -43,10 +43,11 @@ int TextLabel::heightForWidth(int width) const {
 }
 
 int TextLabel::MeasuredHeight(int width) const {
-  const QFontMetrics metrics = fontMetrics();
-  const QRect area(0, 0, width, kAnyHeight);
-  const QRect needed = metrics.boundingRect(area, kFlags, measured.text);
-  return std::max(lines * metrics.lineSpacing(), needed.height());
+  const auto heightOf = [this, width](const QString& shown) {
+    return fontMetrics().boundingRect(QRect(0, 0, width, kAnyHeight), kFlags, shown).height();
+  };
+  const QString leastLines = QStringList(lines, "X").join('\n');
+  return std::max(heightOf(leastLines), heightOf(measured.text));
 }
 
 // The height follows from the width that the label has got.

@@ -91,8 +91,10 @@ void DrawButton(const QStyleOption& option, QPainter& painter) {
               QPen(isNext ? theme.text : theme.accent, 2));
 }
 
+// Thinner than what fills it, lest an empty bar looks like a full one.
 void DrawBarGround(const QStyleOption& option, QPainter& painter) {
-  const QRectF area(option.rect);
+  const double inset = option.rect.height() * 0.3;
+  const QRectF area = QRectF(option.rect).adjusted(0, inset, 0, -inset);
   FillRounded(painter, area, area.height() / 2, option.palette.color(QPalette::Base));
 }
 

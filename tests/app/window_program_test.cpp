@@ -248,7 +248,7 @@ TEST_F(WindowProgramTest, ConfigurationBesideTheBundleGivesCaptionAndIds) {
 }
 
 TEST_F(WindowProgramTest, DesktopIsToldTheProgramsIcon) {
-  constexpr size_t kLargest = 128 * 128;
+  constexpr size_t kLargest = size_t{128} * 128;
   Start({kHollin});
   EXPECT_TRUE(Eventually([&] { return desktop.HasProperty(caption, "_NET_WM_ICON", kLargest); }));
 }

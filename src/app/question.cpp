@@ -22,8 +22,8 @@ int AskQuestion(const Question& question, QWidget* parent) {
   const AlertScope scope;
   const QPointer<QMessageBox> box(MakeQuestionBox(question, parent));
   box->exec();
-  const bool isFirst =
-      box && box->clickedButton() != nullptr && box->clickedButton() != box->escapeButton();
+  const bool isFirst = !box.isNull() && box->clickedButton() != nullptr &&
+                       box->clickedButton() != box->escapeButton();
   delete box;  // null when it went with its parent
   return isFirst ? kFirstButton : kSecondButton;
 }

@@ -172,18 +172,22 @@ class Window:
     def open(self, package):
         """Types the package's path into the open panel."""
         self.press("Open")
-        panel = wait_until(self._dialog, "the open panel")
-        waiting.wait_until(lambda: self._dialog() is None or self._choose(panel, package), "the open panel to go",
-                           interval=2)
+        wait_until(self._dialog, "the open panel")
+        waiting.wait_until(lambda: self._choose(package), "the open panel to go", interval=2)
         self.package = package
 
-    def _choose(self, panel, package):
-        """A panel that is still being built, or already going, may not heed it; so nothing is the answer."""
+    def _choose(self, package):
+        """Whether the open panel is gone; else it is told what to open. One that is still being built, or already going,
+        may not heed it, so it is looked for anew each time."""
+        panel = self._dialog()
+        if panel is None:
+            return True
         try:
             find(panel, Atspi.Role.TEXT, "File name:").get_editable_text_iface().set_text_contents(package)
             find(panel, Atspi.Role.PUSH_BUTTON, "Open").get_action_iface().do_action(0)
         except (AssertionError, GLib.Error):
             pass
+        return False
 
     def wait_for_status(self, text):
         """Until the window shows the text somewhere."""

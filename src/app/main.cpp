@@ -104,6 +104,7 @@ int main(int argc, char** argv) {
   const std::string answer = argc > 1 ? hollin::AnswerToOption(argv[1]) : "";
   if (!answer.empty()) return std::fputs(answer.c_str(), stdout) < 0 ? 1 : 0;
   hollin::IgnoreFileSizeSignal();
+  hollin::IgnoreBrokenPipeSignal();  // as of an X server that goes
   hollin::StartRequest request = hollin::ReadStartRequest();
   const QApplication application(argc, argv);
   QApplication::setApplicationName("Hollin");

@@ -10,8 +10,8 @@ namespace hollin {
 // At program start.
 void IgnoreFileSizeSignal();
 
-// Output that nobody reads any more is then a failed write instead of the program's end, in the
-// middle of an update as it may be. At program start.
+// What nobody reads any more, output or a display's connection, is then a failed write instead of
+// the program's end, in the middle of an update as it may be. At program start.
 void IgnoreBrokenPipeSignal();
 
 // Blocks all signals in the calling thread as long as it lives, and in threads that are started

@@ -311,6 +311,13 @@ TEST_F(WindowProgramTest, DisplayThatGoesDuringAnUpdateEndsItWithoutACrash) {
   EXPECT_FALSE(TempFilesExist());
 }
 
+TEST_F(WindowProgramTest, WriteIntoABrokenPipeIsNotTheEnd) {
+  StartWithPackage();
+  hollin->Signal(SIGPIPE);
+  hollin->Signal(SIGTERM);
+  ExpectQuit();
+}
+
 TEST_F(WindowProgramTest, KilledProgramDoesNotKeepTheNextOneOut) {
   StartWithPackage();
   hollin->Signal(SIGKILL);

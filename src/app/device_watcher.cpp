@@ -92,15 +92,15 @@ std::unique_ptr<DeviceEvents> FolderEvents(const std::string& folder) {
   return std::make_unique<ListedEvents>(folder);
 }
 
-DeviceWatcher::DeviceWatcher(std::unique_ptr<DeviceEvents> eventSource, QObject* parent,
-                             std::chrono::milliseconds between)
+DeviceWatcher::DeviceWatcher(std::unique_ptr<DeviceEvents> eventSource, QObject* parent)
     : QObject(parent), events(std::move(eventSource)) {
+  quiet.setObjectName("quiet");
+  look.setObjectName("look");
   quiet.setSingleShot(true);
-  quiet.setInterval(kQuiet);
   connect(&quiet, &QTimer::timeout, this, &DeviceWatcher::DevicesChanged);
   if (events->Descriptor() < 0) {
     connect(&look, &QTimer::timeout, this, &DeviceWatcher::NoteEvents);
-    look.start(between);
+    look.start(kBetween);
     return;
   }
   notifier = std::make_unique<QSocketNotifier>(events->Descriptor(), QSocketNotifier::Read);
@@ -108,7 +108,7 @@ DeviceWatcher::DeviceWatcher(std::unique_ptr<DeviceEvents> eventSource, QObject*
 }
 
 void DeviceWatcher::NoteEvents() {
-  if (events->TakeAll()) quiet.start();
+  if (events->TakeAll()) quiet.start(kQuiet);
 }
 
 }  // namespace hollin

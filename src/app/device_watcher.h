@@ -39,9 +39,7 @@ class DeviceWatcher : public QObject {
   static constexpr std::chrono::milliseconds kQuiet{300};     // after the last event
   static constexpr std::chrono::milliseconds kBetween{2000};  // looks, where nothing tells
 
-  // `between` is for tests.
-  explicit DeviceWatcher(std::unique_ptr<DeviceEvents> events, QObject* parent = nullptr,
-                         std::chrono::milliseconds between = kBetween);
+  explicit DeviceWatcher(std::unique_ptr<DeviceEvents> events, QObject* parent = nullptr);
 
  signals:
   void DevicesChanged();
@@ -51,7 +49,7 @@ class DeviceWatcher : public QObject {
 
   std::unique_ptr<DeviceEvents> events;
   std::unique_ptr<QSocketNotifier> notifier;  // goes before what it listens to
-  QTimer quiet, look;
+  QTimer quiet{this}, look{this};             // children by these names, for those who test them
 };
 
 }  // namespace hollin

@@ -69,6 +69,7 @@ def wait_until(condition, what):
     return waiting.wait_until(condition, what, interval=0.2)
 
 
+DIALOGS = (Atspi.Role.ALERT, Atspi.Role.DIALOG, Atspi.Role.FILE_CHOOSER)
 LISTS = (Atspi.Role.LIST, Atspi.Role.TREE, Atspi.Role.TREE_TABLE, Atspi.Role.TABLE)
 
 
@@ -155,8 +156,8 @@ class Window:
         return [node for node in answer(lambda: children(self.application)) or [] if node is not None]
 
     def _dialog(self):
-        """An alert or the open panel; none when there is neither."""
-        return next(iter(self._top_levels()[1:]), None)
+        """An alert or the open panel; none when there is neither. The program's windows come in no certain order."""
+        return next((node for node in self._top_levels() if answer(node.get_role) in DIALOGS), None)
 
     def is_enabled(self, name):
         self.buttons[name].clear_cache()

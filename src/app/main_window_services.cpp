@@ -9,7 +9,6 @@
 #include "app/sleep_inhibitor.h"
 
 namespace hollin {
-
 namespace {
 
 std::unique_ptr<DeviceEvents> Events() {

@@ -82,6 +82,12 @@ void Do(std::string_view what) {
     const timespec length{2, 0};
     clock_nanosleep(CLOCK_MONOTONIC, 0, &length, nullptr);
   }
+  if (what == "hour-of-sleep") std::this_thread::sleep_for(std::chrono::hours(1));
+  if (what == "hour-of-clock-pause") {
+    const timespec length{3600, 0};
+    clock_nanosleep(CLOCK_MONOTONIC, 0, &length, nullptr);
+  }
+  if (what == "hour-of-usleep") usleep(3'600'000'000);
   if (what == "close") hid_close(device);
   if (what == "exit") hid_exit();
   // The test answers a line that it was asked for; end of input is an answer too.

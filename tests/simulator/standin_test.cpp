@@ -192,10 +192,9 @@ TEST_F(StandinTest, AMessageIsAnsweredAndEveryCallAndPauseIsLogged) {
 }
 
 TEST_F(StandinTest, PausesOfAMillisecondAndMoreAreSkippedAndLogged) {
-  const auto start = std::chrono::steady_clock::now();
-  RunClient({"pause", "clock-pause", "usleep", "short-pause"});
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
-  EXPECT_THAT(Log(), ElementsAre("pause 0.500000000", "pause 2.000000000", "pause 0.020000000"));
+  RunClient({"hour-of-sleep", "hour-of-clock-pause", "hour-of-usleep", "short-pause", "usleep"});
+  EXPECT_THAT(Log(), ElementsAre("pause 3600.000000000", "pause 3600.000000000",
+                                 "pause 3600.000000000", "pause 0.020000000"));
 }
 
 TEST_F(StandinTest, WithoutTheVariablePausesAreLoggedAndKept) {

@@ -80,7 +80,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
   ConnectActions();
   ShowStage(Stage::kChoosePackage);
   secondTimer.setInterval(std::chrono::seconds(1));
-  connect(&secondTimer, &QTimer::timeout, this, &MainWindow::ShowProgressNote);
+  connect(&secondTimer, &QTimer::timeout, this, &MainWindow::ShowRunningNote);
   connect(&AlertWatch::Instance(), &AlertWatch::AllGone, this, &MainWindow::CatchUp,
           Qt::QueuedConnection);
 }
@@ -180,9 +180,7 @@ void MainWindow::ResetProgress() {
   progressNote->clear();
 }
 
-void MainWindow::ShowProgressNote() {
-  progressNote->setText(progressWords.Running(ProgressWords::Time::clock::now()));
-}
+void MainWindow::ShowRunningNote() { progressNote->setText(progressWords.Running(Now())); }
 
 void MainWindow::UpdateDevice() {
   if (isUpdating) return;
@@ -208,8 +206,8 @@ void MainWindow::UpdateDevice() {
 void MainWindow::ShowUpdating(int stepCount) {
   SetButtonEnable(false);
   ShowStage(Stage::kUpdating);
-  progressWords.Start(stepCount, ProgressWords::Time::clock::now());
-  ShowProgressNote();
+  progressWords.Start(stepCount, Now());
+  ShowRunningNote();
   secondTimer.start();
 }
 
@@ -224,11 +222,11 @@ bool MainWindow::WasWorkerStarted() { return wasWorkerStarted; }
 
 void MainWindow::RefreshProgress(int32_t value) {
   pVal = value;
-  const auto now = ProgressWords::Time::clock::now();
+  const ProgressWords::Time now = Now();
   if (value >= 0) {
     progressStatus->setValue(value);
     progressWords.CompleteStep(value, now);
-    ShowProgressNote();
+    ShowRunningNote();
   } else if (value == kUpdateSucceeded) {
     progressStatus->setValue(progressStatus->maximum());
     progressNote->setText(progressWords.Completed(now));
@@ -285,6 +283,8 @@ void MainWindow::BringToFront() {
 void MainWindow::ShowAlert(const Alert& alert) { RunAlert(alert, this); }
 
 std::string MainWindow::ChoosePackage() { return RunOpenPanel(this); }
+
+ProgressWords::Time MainWindow::Now() const { return ProgressWords::Time::clock::now(); }
 
 bool MainWindow::event(QEvent* event) {
   if (event->type() == QEvent::ThemeChange) UseDesktopColours();

@@ -131,6 +131,8 @@ class MainWindow : public QMainWindow {
   // loop of their own: the window may be gone when they return.
   virtual void ShowAlert(const Alert& alert);
   [[nodiscard]] virtual std::string ChoosePackage();
+  // What an update's times are taken from.
+  [[nodiscard]] virtual ProgressWords::Time Now() const;
 
   bool event(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
@@ -161,14 +163,14 @@ class MainWindow : public QMainWindow {
   void ShowStage(Stage stage);
   void ShowDeviceStatus(const QString& text, Stage newStage);
   void ResetProgress();
-  void ShowProgressNote();
+  void ShowRunningNote();
   void FinishUpdating(const Alert& alert);
 
   StepCard* packageCard = nullptr;
   StepCard* keyboardCard = nullptr;
   StepCard* updateCard = nullptr;
   ProgressWords progressWords;
-  QTimer secondTimer;  // while an update runs
+  QTimer secondTimer{this};  // while an update runs
   bool isUpdating = false;
   bool isChoosing = false;
   bool hasMissedChange = false;

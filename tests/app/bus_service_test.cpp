@@ -7,7 +7,6 @@
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
-#include <QTest>
 #include <array>
 #include <cstdlib>
 #include <memory>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "tests/app/session_bus.h"
+#include "tests/app/settle.h"
 
 namespace hollin {
 namespace {
@@ -74,19 +74,19 @@ TEST_F(BusServiceTest, HandingOverToASilentProgramDoesNotWait) {
   SilentProgram program(session);
   QObject context;
   HandOver(context);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !program.asked.empty(); }));
+  EXPECT_TRUE(Await([&] { return !program.asked.empty(); }));
   EXPECT_EQ(program.asked[0].member(), "Open");
   EXPECT_EQ(program.asked[0].arguments().at(0).toStringList(), QStringList("file:///a.dat"));
   EXPECT_FALSE(answer.has_value());
   program.Answer();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return answer.has_value(); }));
+  EXPECT_TRUE(Await([&] { return answer.has_value(); }));
   EXPECT_EQ(answer, true);
 }
 
 TEST_F(BusServiceTest, HandingOverToNobodyIsAnsweredWithNo) {
   QObject context;
   HandOver(context);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return answer.has_value(); }));
+  EXPECT_TRUE(Await([&] { return answer.has_value(); }));
   EXPECT_EQ(answer, false);
 }
 
@@ -95,7 +95,7 @@ TEST_F(BusServiceTest, WithoutABusHandingOverIsAnsweredLaterToo) {
   QObject context;
   HandOver(context);
   EXPECT_FALSE(answer.has_value());
-  EXPECT_TRUE(QTest::qWaitFor([&] { return answer.has_value(); }));
+  EXPECT_TRUE(Await([&] { return answer.has_value(); }));
   EXPECT_EQ(answer, false);
 }
 
@@ -103,12 +103,12 @@ TEST_F(BusServiceTest, WhoHasGoneGetsNoAnswer) {
   SilentProgram program(session);
   auto context = std::make_unique<QObject>();
   HandOver(*context);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !program.asked.empty(); }));
+  EXPECT_TRUE(Await([&] { return !program.asked.empty(); }));
   context.reset();
   program.Answer();
   QObject other;
   HandOver(other);  // is answered behind the first
-  EXPECT_TRUE(QTest::qWaitFor([&] { return program.asked.size() == 2; }));
+  EXPECT_TRUE(Await([&] { return program.asked.size() == 2; }));
   EXPECT_FALSE(answer.has_value());
 }
 

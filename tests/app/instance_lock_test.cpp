@@ -14,6 +14,7 @@
 #include <functional>
 #include <optional>
 
+#include "tests/support/eventually.h"
 #include "tests/support/recorded_log.h"
 #include "tests/support/temp_folder.h"
 
@@ -215,7 +216,7 @@ TEST_F(InstanceLockTest, ItIsNotHandedToProgramsThatAreStarted) {
   const std::string program = "/proc/" + std::to_string(child) + "/exe";
   std::error_code failed;
   const auto own = std::filesystem::read_symlink("/proc/self/exe");
-  while (std::filesystem::read_symlink(program, failed) == own) usleep(1000);
+  EXPECT_TRUE(Eventually([&] { return std::filesystem::read_symlink(program, failed) != own; }));
   lock.reset();
   EXPECT_EQ(TakeOnce(), LockState::kHeld);
   kill(child, SIGKILL);

@@ -17,7 +17,7 @@ class KeepAwakeTest : public WindowTest {
   }
   // Whether it is held, as soon as that is as expected.
   [[nodiscard]] static bool BecomesHeld(bool expected) {
-    return QTest::qWaitFor([&] { return SystemBus::IsHeldFor(kReason) == expected; }, 10000);
+    return Await([&] { return SystemBus::IsHeldFor(kReason) == expected; });
   }
 
   SystemBus bus;

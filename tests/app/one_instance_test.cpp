@@ -11,6 +11,7 @@
 #include "package/package_writer.h"
 #include "tests/app/desktop.h"
 #include "tests/app/session_bus.h"
+#include "tests/app/temp_files.h"
 #include "tests/support/eventually.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/simulator_process.h"
@@ -28,8 +29,6 @@ constexpr const char* kTempFile = "/tmp/TEMP1.BIN";
 class OneInstanceTest : public ::testing::Test {
  protected:
   using Program = std::unique_ptr<Subprocess>;
-
-  OneInstanceTest() { std::filesystem::remove(kTempFile); }
 
   // On `session`, or without any bus.
   [[nodiscard]] Program Run(const std::vector<std::string>& command, bool onBus = true) const {
@@ -101,6 +100,7 @@ class OneInstanceTest : public ::testing::Test {
   }
 
   TempFolder folder, runtime;
+  NoTempFiles noTempFiles;
   SimulatedBus bus;
   SessionBus session;
   Desktop desktop;

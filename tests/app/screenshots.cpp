@@ -11,7 +11,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
-#include <QTest>
 #include <cstdio>
 
 #include "app/about_box.h"
@@ -24,6 +23,7 @@
 #include "app/theme.h"
 #include "app/translations.h"
 #include "tests/app/sample_package.h"
+#include "tests/app/settle.h"
 #include "tests/support/scripted_hidapi.h"
 #include "tests/support/temp_folder.h"
 
@@ -39,7 +39,7 @@ class Album {
 
   void Take(QWidget& widget, const std::string& name) {
     widget.show();
-    QTest::qWait(30);
+    Settle();
     const QString path = QString::fromStdString(folder + "/" + name + suffix + ".png");
     if (!widget.grab().save(path)) throw std::runtime_error("cannot write " + path.toStdString());
     std::puts(path.toUtf8().constData());

@@ -3,6 +3,7 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <csignal>
 #include <stdexcept>
 
 namespace hollin {
@@ -29,7 +30,12 @@ SessionBus::SessionBus() : daemon(kDaemon), connection("") {
   if (!connection.isConnected()) throw std::runtime_error("no session bus at " + address);
 }
 
-SessionBus::~SessionBus() { QDBusConnection::disconnectFromBus(kConnectionName); }
+// A daemon that is killed leaves its socket behind.
+SessionBus::~SessionBus() {
+  QDBusConnection::disconnectFromBus(kConnectionName);
+  daemon.Signal(SIGTERM);
+  daemon.Wait();
+}
 
 bool SessionBus::Has(const QString& name) const {
   return connection.interface()->isServiceRegistered(name);

@@ -6,10 +6,10 @@
 
 #include <QCoreApplication>
 #include <QDBusPendingCallWatcher>
-#include <QTest>
 #include <array>
 #include <cstdlib>
 
+#include "tests/app/settle.h"
 #include "tests/app/system_bus.h"
 
 namespace hollin {
@@ -20,8 +20,8 @@ class InhibitorTest : public ::testing::Test {
   // Until every question to logind was answered, or found nobody, and the answer was taken.
   void AwaitAnswers() {
     ASSERT_NE(inhibitor.findChild<QDBusPendingCallWatcher*>(), nullptr);
-    ASSERT_TRUE(QTest::qWaitFor(
-        [this] { return inhibitor.findChild<QDBusPendingCallWatcher*>() == nullptr; }));
+    ASSERT_TRUE(
+        Await([this] { return inhibitor.findChild<QDBusPendingCallWatcher*>() == nullptr; }));
   }
 
   int argc = 1;
@@ -49,7 +49,7 @@ TEST_F(SleepInhibitorTest, HoldsSleepShutdownAndIdleUntilReleased) {
   }
   inhibitor.Release();
   EXPECT_FALSE(inhibitor.IsHolding());
-  EXPECT_TRUE(QTest::qWaitFor([] { return !SystemBus::IsHeldFor("Updating"); }));
+  EXPECT_TRUE(Await([] { return !SystemBus::IsHeldFor("Updating"); }));
 }
 
 TEST_F(SleepInhibitorTest, AnswerThatComesTooLateHoldsNothing) {
@@ -58,7 +58,7 @@ TEST_F(SleepInhibitorTest, AnswerThatComesTooLateHoldsNothing) {
   inhibitor.Release();
   AwaitAnswers();
   EXPECT_FALSE(inhibitor.IsHolding());
-  EXPECT_TRUE(QTest::qWaitFor([] { return !SystemBus::IsHeldFor("Updating"); }));
+  EXPECT_TRUE(Await([] { return !SystemBus::IsHeldFor("Updating"); }));
 }
 
 TEST_F(SleepInhibitorTest, SecondHoldTakesThePlaceOfTheFirst) {
@@ -68,7 +68,7 @@ TEST_F(SleepInhibitorTest, SecondHoldTakesThePlaceOfTheFirst) {
   inhibitor.Hold("Second");
   AwaitAnswers();
   EXPECT_TRUE(inhibitor.IsHolding());
-  EXPECT_TRUE(QTest::qWaitFor([] { return !SystemBus::IsHeldFor("First"); }));
+  EXPECT_TRUE(Await([] { return !SystemBus::IsHeldFor("First"); }));
   EXPECT_TRUE(SystemBus::IsHeldFor("Second"));
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/app/system_bus.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -20,6 +21,12 @@ SystemBus::SystemBus() : daemon(kDaemon) {
   if (!daemon.ReadUntil("\n")) throw std::runtime_error("no bus: " + daemon.Err());
   address = daemon.Out().substr(0, daemon.Out().find('\n'));
   setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+}
+
+// A daemon that is killed leaves its socket behind.
+SystemBus::~SystemBus() {
+  daemon.Signal(SIGTERM);
+  daemon.Wait();
 }
 
 void SystemBus::StartLogind() {

@@ -14,6 +14,9 @@ class SystemBus {
  public:
   // Empty, and the system bus of the test's own process too.
   SystemBus();
+  ~SystemBus();
+  SystemBus(const SystemBus&) = delete;
+  SystemBus& operator=(const SystemBus&) = delete;
 
   // What a program needs in order to be on this bus.
   [[nodiscard]] std::pair<std::string, std::string> Environment() const {

@@ -148,7 +148,7 @@ TEST_F(WindowDialogTest, OpenPanelOffersDatInAnyLetterCaseAndNothingElse) {
     found.sort();
     return found;
   };
-  EXPECT_TRUE(QTest::qWaitFor([&] { return names() == QStringList{"UPPER.DAT", "lower.dat"}; }));
+  EXPECT_TRUE(Await([&] { return names() == QStringList{"UPPER.DAT", "lower.dat"}; }));
 }
 
 TEST_F(WindowDialogTest, NameOfAPackageEndsInDatInAnyLetterCase) {

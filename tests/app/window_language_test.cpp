@@ -32,7 +32,7 @@ class WindowLanguageTest : public WindowTest {
     window = std::make_unique<TestWindow>();
     window->InitButton();
     window->show();
-    QTest::qWait(10);
+    Settle();
   }
   // All that stands in a window, its menus included.
   static std::vector<std::string> TextsIn(const QWidget& widget) {
@@ -80,9 +80,9 @@ TEST_P(WindowTextRoomTest, NoTextIsCutInTheSmallestWindow) {
   const RecordedPause pauses;
   const auto check = [this] {
     window->resize(1, 1);
-    QTest::qWait(10);
+    Settle();
     window->resize(1, 1);
-    QTest::qWait(10);
+    Settle();
     ExpectNoTextCut(*window);
   };
   ExpectFieldShowsAllOf(*window->textFieldPath, window->textFieldPath->placeholderText());
@@ -100,12 +100,12 @@ TEST_P(WindowTextRoomTest, NoTextIsCutInTheSmallestWindow) {
   for (const Alert& alert : window->alerts) {
     const std::unique_ptr<QMessageBox> box(MakeAlertBox(alert, nullptr));
     box->show();
-    QTest::qWait(10);
+    Settle();
     ExpectNoTextCut(*box);
   }
   const std::unique_ptr<QDialog> about(MakeAboutBox(nullptr));
   about->show();
-  QTest::qWait(10);
+  Settle();
   ExpectNoTextCut(*about);
 }
 
@@ -114,7 +114,7 @@ TEST_P(WindowTextRoomTest, NoteAboutRightsIsNotCut) {
   EXPECT_FALSE(window->deviceNote->isVisible());
   window->deviceNote->show();
   window->resize(1, 1);
-  QTest::qWait(10);
+  Settle();
   ExpectNoTextCut(*window);
 }
 

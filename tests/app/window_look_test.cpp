@@ -172,9 +172,9 @@ TEST_F(WindowLookTest, LongestStatusIsNotCutInTheSmallestWindow) {
   OpenGoodPackage(0, {.model = std::string(16, 'W'),
                       .version = std::string(16, 'W'),
                       .keys = {"WWWWWWWW", "WWWWWWWW", "WWWWWWWW"}});
-  QTest::qWait(20);
+  Settle();
   window->resize(1, 1);
-  QTest::qWait(20);
+  Settle();
   ExpectNoTextCut();
 }
 
@@ -183,7 +183,7 @@ TEST_F(WindowLookTest, WindowGrowsWithItsStatusAndMayBeMadeLarger) {
   const QSize size = window->size();
   EXPECT_GE(size.width(), window->minimumWidth());
   window->resize(size * 2);
-  QTest::qWait(20);
+  Settle();
   EXPECT_EQ(window->size(), size * 2);
   EXPECT_GT(window->textFieldDeviceStatus->width(), size.width());
   ExpectNoTextCut();
@@ -237,7 +237,7 @@ TEST_F(WindowLookTest, WindowFollowsADesktopThatChangesItsColours) {
   EXPECT_TRUE(IsDark(window->palette()));
   QEvent change(QEvent::ThemeChange);
   QApplication::sendEvent(window.get(), &change);
-  QTest::qWait(10);
+  Settle();
   const Theme& light = ThemeOf(false);
   EXPECT_EQ(window->palette().color(QPalette::Window), light.ground);
   EXPECT_EQ(ColourIn(*window, {0.005, 0.5}), light.ground);
@@ -260,22 +260,48 @@ TEST_F(WindowLookTest, NoteTellsHowFarTheUpdateIs) {
   window->UpdateDevice();
   pauses.AwaitPause();
   EXPECT_EQ(window->progressNote->text(), "Step 1 of 3  \u00B7  0:00 elapsed");
+  window->now += 4s;
   pauses.Release();
   pauses.AwaitPause();
-  EXPECT_TRUE(
-      QTest::qWaitFor([this] { return window->progressNote->text().startsWith("Step 2 of 3"); }));
+  EXPECT_TRUE(Await(
+      [this] { return window->progressNote->text() == "Step 2 of 3  \u00B7  0:04 elapsed"; }));
+  window->now += 68s;
   pauses.Release(2);
   AwaitEndOfUpdate();
-  EXPECT_TRUE(window->progressNote->text().startsWith("Completed in 0:0"));
+  EXPECT_EQ(window->progressNote->text(), "Completed in 1:12");
   window->RefreshDevice();
   EXPECT_EQ(window->progressNote->text(), "");
+}
+
+TEST_F(WindowLookTest, NoteTellsTheTimeEachSecondWhileAnUpdateRuns) {
+  HeldPause pauses;
+  UseFakeUpdate(1);
+  const auto timers = window->findChildren<QTimer*>(Qt::FindDirectChildrenOnly);
+  ASSERT_EQ(timers.size(), 1);
+  QTimer& timer = *timers[0];
+  EXPECT_FALSE(timer.isActive());
+  window->UpdateDevice();
+  pauses.AwaitPause();
+  EXPECT_TRUE(timer.isActive());
+  EXPECT_EQ(timer.intervalAsDuration(), 1s);
+  window->now += 61s;
+  timer.setInterval(0);
+  EXPECT_TRUE(Await(
+      [this] { return window->progressNote->text() == "Step 1 of 1  \u00B7  1:01 elapsed"; }));
+  bool isActiveDuringAlert = true;
+  window->duringDialog = [&] { isActiveDuringAlert = timer.isActive(); };
+  pauses.Release();
+  AwaitEndOfUpdate();
+  EXPECT_FALSE(isActiveDuringAlert);
 }
 
 TEST_F(WindowLookTest, NoteTellsWhereAnUpdateFailed) {
   const RecordedPause pauses;
   UseFakeUpdate(3).failingStep = 1;
-  Update();
-  EXPECT_TRUE(window->progressNote->text().startsWith("Stopped in step 2 of 3 after 0:0"));
+  window->UpdateDevice();
+  window->now += 9s;
+  AwaitEndOfUpdate();
+  EXPECT_EQ(window->progressNote->text(), "Stopped in step 2 of 3 after 0:09");
 }
 
 }  // namespace

@@ -168,9 +168,9 @@ TEST_F(WindowMenuTest, PaintedIsToldOnce) {
   const QSignalSpy painted(fresh.get(), &MainWindow::Painted);
   EXPECT_EQ(painted.count(), 0);
   fresh->show();
-  EXPECT_TRUE(QTest::qWaitFor([&] { return painted.count() == 1; }));
+  EXPECT_TRUE(Await([&] { return painted.count() == 1; }));
   fresh->repaint();
-  QTest::qWait(1);
+  Settle();
   EXPECT_EQ(painted.count(), 1);
 }
 

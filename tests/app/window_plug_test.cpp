@@ -41,7 +41,7 @@ class WindowDropTest : public WindowTest {
     data.setUrls(urls);
     QDropEvent event({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     window->dropEvent(&event);
-    QTest::qWait(10);
+    Settle();
   }
   QUrl Written(const std::string& name, const Bytes& content = MakePackage()) {
     return QUrl::fromLocalFile(QString::fromStdString(folder.Write(name, content)));
@@ -99,7 +99,7 @@ TEST_F(WindowPlugTest, ChangeDuringAnAlertWaitsForItsEnd) {
     callsDuringAlert = hidapi.calls.size();
   };
   window->OpenDatAtPath(folder.Path("missing.dat"));
-  QTest::qWait(0);
+  Settle();
   EXPECT_EQ(callsDuringAlert, 0U);
   EXPECT_EQ(hidapi.CountOf("hid_enumerate"), 1U);
   EXPECT_EQ(ButtonStates(), kReadyWithoutDevice);
@@ -109,7 +109,7 @@ TEST_F(WindowPlugTest, AlertWithoutAChangeIsNotFollowedByARefresh) {
   OpenGoodPackage(1);
   hidapi.calls.clear();
   Open(folder.Path("missing.dat"));
-  QTest::qWait(0);
+  Settle();
   EXPECT_TRUE(hidapi.calls.empty());
 }
 
@@ -131,7 +131,7 @@ TEST_F(WindowPlugTest, ChangeDuringAnyAlertOfTheProgramWaitsForItsEnd) {
       callsDuringAlert = hidapi.calls.size();
     });
     showAlert();
-    QTest::qWait(0);
+    Settle();
     EXPECT_EQ(callsDuringAlert, 0U) << name;
     EXPECT_EQ(hidapi.CountOf("hid_enumerate"), 1U) << name;
   }
@@ -144,11 +144,11 @@ TEST_F(WindowPlugTest, ChangeBetweenTwoAlertsWaitsForTheSecond) {
   RunAlert({.message = "first"}, window.get());
   size_t callsDuringAlert = 99;
   WithAlert([&] {
-    QTest::qWait(0);
+    Settle();
     callsDuringAlert = hidapi.calls.size();
   });
   RunAlert({.message = "second"}, window.get());
-  QTest::qWait(0);
+  Settle();
   EXPECT_EQ(callsDuringAlert, 0U);
   EXPECT_EQ(hidapi.CountOf("hid_enumerate"), 1U);
 }
@@ -174,7 +174,7 @@ TEST_F(WindowPlugTest, PackageFromOutsideWaitsForTheEndOfAnAlert) {
     pathDuringAlert = Path();
   });
   RunAlert({.message = "x"}, window.get());
-  QTest::qWait(0);
+  Settle();
   EXPECT_EQ(pathDuringAlert, "");
   EXPECT_EQ(Path(), path);
   EXPECT_TRUE(window->alerts.empty());  // of the earlier one, which is not there
@@ -186,7 +186,7 @@ TEST_F(WindowPlugTest, PackageFromOutsideWaitsForTheEndOfTheFinalAlert) {
   const std::string path = folder.Write("good.dat", MakePackage());
   window->duringDialog = [&] { window->OpenDatFromOutside(path); };
   Update();
-  QTest::qWait(0);
+  Settle();
   EXPECT_EQ(Path(), path);
 }
 
@@ -198,7 +198,7 @@ TEST_F(WindowPlugTest, PackageFromOutsideIsIgnoredWhileUpdating) {
   window->OpenDatFromOutside(folder.Write("good.dat", MakePackage()));
   pauses.Release();
   AwaitEndOfUpdate();
-  QTest::qWait(0);
+  Settle();
   EXPECT_EQ(Path(), "");
 }
 

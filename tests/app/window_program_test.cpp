@@ -3,8 +3,6 @@
 // hidapi.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -15,6 +13,7 @@
 #include "package/package_writer.h"
 #include "tests/app/desktop.h"
 #include "tests/app/system_bus.h"
+#include "tests/app/temp_files.h"
 #include "tests/support/eventually.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/simulator_process.h"
@@ -26,8 +25,6 @@ namespace {
 constexpr const char* kHollin = HOLLIN_BIN_DIR "/hollin";
 constexpr size_t kFlashSize = 1024;
 constexpr size_t kImageSize = 1000;  // of blocks of 256 bytes
-const std::array<std::string, 4> kTempFiles = {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN", "/tmp/TEMP2.INI",
-                                               "/tmp/TEMP2.BIN"};
 
 Bytes Image() { return Counting(kImageSize, 7); }
 Bytes FlashWithImage() { return Image() + Filled(kFlashSize - kImageSize, 0xFF); }
@@ -53,12 +50,6 @@ FileContents Example(const std::string& name) {
   FileContents file;
   EXPECT_TRUE(ReadWholeFile(HOLLIN_EXAMPLES_DIR "/" + name, file));
   return file;
-}
-
-bool TempFilesExist() {
-  return std::ranges::any_of(kTempFiles, [](const auto& path) {
-    return std::filesystem::exists(std::filesystem::symlink_status(path));
-  });
 }
 
 class WindowProgramTest : public ::testing::Test {
@@ -117,6 +108,7 @@ class WindowProgramTest : public ::testing::Test {
   }
 
   TempFolder folder;
+  NoTempFiles noTempFiles;
   SimulatedBus bus;
   SystemBus systemBus;
   Desktop desktop;

@@ -19,17 +19,6 @@ class WindowQuitTest : public WindowTest {
     QApplication::setQuitOnLastWindowClosed(false);
   }
 
-  // Runs the event loop until it is told to end; false when that does not happen.
-  [[nodiscard]] bool EventLoopEnds() {
-    constexpr int kStuck = 99;
-    QTimer::singleShot(5000, &application, [] { QApplication::exit(kStuck); });
-    return QApplication::exec() == 0;
-  }
-  void InEventLoop(const std::function<void()>& act) { QTimer::singleShot(0, &application, act); }
-  [[nodiscard]] static bool TempFilesExist() {
-    return QFile::exists("/tmp/TEMP1.INI") || QFile::exists("/tmp/TEMP1.BIN");
-  }
-
   AppDelegate delegate;
 };
 

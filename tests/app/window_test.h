@@ -11,7 +11,9 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <array>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,6 +26,8 @@
 #include "app/main_window.h"
 #include "base/pause.h"
 #include "tests/app/sample_package.h"
+#include "tests/app/settle.h"
+#include "tests/app/temp_files.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/link_test.h"
 #include "tests/support/recorded_log.h"
@@ -32,13 +36,17 @@
 
 namespace hollin {
 
-// Keeps the alerts instead of showing them, and chooses `chosenPath` in the open panel.
+using namespace std::chrono_literals;
+
+// Keeps the alerts instead of showing them, and chooses `chosenPath` in the open panel. Its clock
+// stands still.
 class TestWindow : public MainWindow {
  public:
   std::vector<Alert> alerts;
   std::string chosenPath;  // empty: the user cancels
   int panelCount = 0;
   std::function<void()> duringDialog;
+  ProgressWords::Time now;
 
   using MainWindow::dropEvent;  // Qt delivers none without a drag before it
 
@@ -53,6 +61,7 @@ class TestWindow : public MainWindow {
     if (duringDialog) std::exchange(duringDialog, {})();
     return path;
   }
+  [[nodiscard]] ProgressWords::Time Now() const override { return now; }
 };
 
 // The buttons' states in the order in which the tables of the window name them.
@@ -104,7 +113,7 @@ class HeldPause {
   // A worker that has not come to its end would go on in what is gone.
   ~HeldPause() {
     passed.release(kMany);
-    EXPECT_TRUE(QTest::qWaitFor([] { return !MainWindow::IsWorkerAlive(); }));
+    EXPECT_TRUE(Await([] { return !MainWindow::IsWorkerAlive(); }));
     SetPauseFunction({});
   }
   HeldPause(const HeldPause&) = delete;
@@ -128,7 +137,7 @@ class WindowTest : public LinkTest {
   }
   // The worker uses what the test owns, so no case ends before it.
   ~WindowTest() override {
-    EXPECT_TRUE(QTest::qWaitFor([] { return !MainWindow::IsWorkerAlive(); }));
+    EXPECT_TRUE(Await([] { return !MainWindow::IsWorkerAlive(); }));
   }
 
   void Open(const std::string& path) {
@@ -154,12 +163,20 @@ class WindowTest : public LinkTest {
     return update;
   }
   void AwaitEndOfUpdate() {
-    ASSERT_TRUE(QTest::qWaitFor([this] { return !window->IsUpdating(); }));
+    ASSERT_TRUE(Await([this] { return !window->IsUpdating(); }));
   }
   void Update() {
     window->UpdateDevice();
     AwaitEndOfUpdate();
   }
+
+  // Runs the event loop until it is told to end; false when that does not happen.
+  [[nodiscard]] bool EventLoopEnds() {
+    constexpr int kStuck = 99;
+    QTimer::singleShot(60s, &application, [] { QApplication::exit(kStuck); });
+    return QApplication::exec() == 0;
+  }
+  void InEventLoop(const std::function<void()>& act) { QTimer::singleShot(0, &application, act); }
 
   [[nodiscard]] Buttons ButtonStates() const {
     return {window->buttonRefresh->isEnabled(), window->buttonUpdate->isEnabled(),
@@ -184,6 +201,7 @@ class WindowTest : public LinkTest {
   std::array<char*, 2> argv{name.data(), nullptr};
   QApplication application{argc, argv.data()};
   TempFolder folder;
+  NoTempFiles noTempFiles;
   std::unique_ptr<TestWindow> window;
 };
 

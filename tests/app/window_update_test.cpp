@@ -242,7 +242,7 @@ TEST_F(WindowUpdateTest, WindowStaysAliveWhileTheWorkerWaits) {
   bool isAnswered = false;
   QMetaObject::invokeMethod(
       window.get(), [&] { isAnswered = true; }, Qt::QueuedConnection);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return isAnswered; }));
+  EXPECT_TRUE(Await([&] { return isAnswered; }));
   EXPECT_TRUE(window->IsUpdating());
   pauses.Release();
   AwaitEndOfUpdate();
@@ -266,7 +266,7 @@ TEST_F(WindowUpdateTest, WindowGoneDuringTheFinalAlertIsLeftAlone) {
   UseFakeUpdate(1);
   window->duringDialog = [this] { window.reset(); };
   window->UpdateDevice();
-  EXPECT_TRUE(QTest::qWaitFor([this] { return window == nullptr; }));
+  EXPECT_TRUE(Await([this] { return window == nullptr; }));
   EXPECT_FALSE(MainWindow::IsWorkerAlive());
 }
 

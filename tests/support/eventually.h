@@ -11,7 +11,7 @@ namespace hollin {
 // Asks again and again until `isTrue` or it takes too long; the last answer.
 [[nodiscard]] inline bool Eventually(const std::function<bool()>& isTrue) {
   using namespace std::chrono_literals;
-  const auto end = std::chrono::steady_clock::now() + 20s;
+  const auto end = std::chrono::steady_clock::now() + 60s;
   while (!isTrue()) {
     if (std::chrono::steady_clock::now() >= end) return false;
     std::this_thread::sleep_for(10ms);

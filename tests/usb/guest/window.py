@@ -139,9 +139,16 @@ class Window:
         self.end()
 
     def end(self):
+        """Asks it to end, so that it leaves no temporary files, which would keep every other user's window from opening
+        a package."""
         if self.process.poll() is None:
+            self.process.terminate()
+        try:
+            self.process.wait(LONG)
+        except subprocess.TimeoutExpired:
             self.process.kill()
-        self.process.wait(LONG)
+            self.process.wait(LONG)
+            raise
 
     def _find_application(self):
         if self.process.poll() is not None:
@@ -183,6 +190,8 @@ class Window:
         panel = self._dialog()
         if panel is None:
             return True
+        if answer(panel.get_role) == Atspi.Role.ALERT:
+            raise AssertionError(f"instead of opening {package}, the window says {texts(list(all_below(panel)))}")
         try:
             find(panel, Atspi.Role.TEXT, "File name:").get_editable_text_iface().set_text_contents(package)
             find(panel, Atspi.Role.PUSH_BUTTON, "Open").get_action_iface().do_action(0)

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """The simulated keyboard as a device of the virtual machine."""
+import contextlib
 import os
 import pathlib
 import signal
@@ -17,9 +18,12 @@ GADGETS = pathlib.Path("/sys/kernel/config/usb_gadget")
 
 def devices():
     """The paths under /dev of the keyboards that the kernel offers now, by their places in sysfs, which never recur."""
-    entries = list(HIDRAW.iterdir()) if HIDRAW.exists() else []
-    return {os.path.realpath(entry): f"/dev/{entry.name}" for entry in entries
-            if pathlib.Path("/dev", entry.name).exists()}
+    found = {}
+    for entry in list(HIDRAW.iterdir()) if HIDRAW.exists() else []:
+        with contextlib.suppress(FileNotFoundError):  # one that goes meanwhile is not offered
+            if pathlib.Path("/dev", entry.name).exists():
+                found[str(HIDRAW / os.readlink(entry))] = f"/dev/{entry.name}"
+    return found
 
 
 def nodes():

@@ -5,16 +5,22 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
+#include <QListView>
 #include <QPointer>
 #include <QSettings>
+#include <QSplitter>
 #include <QStandardPaths>
 #include <QTreeView>
+#include <QUrl>
+#include <algorithm>
 
 #include "app/alert.h"
+#include "app/keyboard_picture.h"
 
 namespace hollin {
 namespace {
@@ -31,7 +37,37 @@ QLabel* MakeMessage(QWidget* panel) {
   return message;
 }
 
-constexpr QSize kPanelSize(760, 480);
+// Shows packages as what they are to the user. The panel asks from a thread of its own, which takes
+// copies of what was made before.
+class PackageIcons : public QFileIconProvider {
+ public:
+  using QFileIconProvider::icon;
+
+  [[nodiscard]] QIcon icon(const QFileInfo& info) const override {
+    return IsPackage(info) ? packageIcon : QFileIconProvider::icon(info);
+  }
+  [[nodiscard]] QString type(const QFileInfo& info) const override {
+    if (info.isDir()) return OpenPanelText::tr("Folder");
+    return IsPackage(info) ? OpenPanelText::tr("Update package") : QFileIconProvider::type(info);
+  }
+
+ private:
+  static bool IsPackage(const QFileInfo& info) {
+    return IsPackageName(info.fileName()) && info.isFile();
+  }
+
+  QIcon packageIcon = DrawProgramIcon();
+};
+
+// Never destroyed: the thread may still ask when its panel goes.
+QFileIconProvider& Icons() {
+  static auto& icons = *new PackageIcons;
+  return icons;
+}
+
+constexpr QSize kPanelSize(860, 500);
+constexpr int kLeastPlacesWidth = 150;
+constexpr int kMostPlacesWidth = 260;
 constexpr const char* kFolderKey = "lastFolder";
 
 // Made anew each time: it is seldom used, and never at start.
@@ -39,12 +75,44 @@ QSettings UserSettings() {
   return QSettings(QSettings::IniFormat, QSettings::UserScope, "com.tovari.Hollin", "Hollin");
 }
 
+QString Downloads() { return QStandardPaths::writableLocation(QStandardPaths::DownloadLocation); }
+
 // A package was most likely downloaded.
 QString FirstFolder() {
   QString last = UserSettings().value(kFolderKey).toString();
   if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
-  const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
-  return QFileInfo(downloads).isDir() ? downloads : QDir::homePath();
+  return QFileInfo(Downloads()).isDir() ? Downloads() : QDir::homePath();
+}
+
+// Where packages come from, and the whole computer with what is plugged into it.
+QList<QUrl> Places() {
+  QList<QUrl> places = {QUrl::fromLocalFile(QDir::homePath())};
+  for (const QString& folder :
+       {Downloads(), QStandardPaths::writableLocation(QStandardPaths::DesktopLocation)}) {
+    const QUrl place = QUrl::fromLocalFile(folder);
+    if (QFileInfo(folder).isDir() && !places.contains(place)) places << place;
+  }
+  return places << QUrl("file:");
+}
+
+int WidthFor(const QListView& places) {
+  const QAbstractItemView& view = places;
+  return std::clamp(view.sizeHintForColumn(0) + 2 * view.frameWidth(), kLeastPlacesWidth,
+                    kMostPlacesWidth);
+}
+
+// The files' names get what the others leave.
+void Arrange(const QFileDialog& panel) {
+  if (auto* const list = panel.findChild<QTreeView*>("treeView")) {
+    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+  }
+  auto* const places = panel.findChild<QListView*>("sidebar");
+  auto* const splitter = panel.findChild<QSplitter*>("splitter");
+  if (places == nullptr || splitter == nullptr) return;
+  places->setIconSize({16, 16});  // some of the desktops' icons are no larger
+  const int width = WidthFor(*places);
+  splitter->setSizes({width, kPanelSize.width() - width});
 }
 
 // A name can be typed, whatever the list offers.
@@ -74,10 +142,11 @@ QFileDialog* MakeOpenPanel(QWidget* parent) {
   panel->setAcceptMode(QFileDialog::AcceptOpen);
   panel->setFileMode(QFileDialog::ExistingFile);
   panel->setNameFilter(OpenPanelText::tr("Update packages (*.dat)"));
+  panel->setIconProvider(&Icons());
+  panel->setSidebarUrls(Places());
+  panel->setViewMode(QFileDialog::Detail);
   panel->resize(kPanelSize);
-  if (auto* const list = panel->findChild<QTreeView*>("treeView")) {
-    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);  // the names
-  }
+  Arrange(*panel);
   panel->layout()->setMenuBar(MakeMessage(panel));  // the one place above all that lies in there
   return panel;
 }

@@ -17,6 +17,8 @@ namespace {
 constexpr double kButtonRadius = 7;
 constexpr int kButtonHeight = 36;
 constexpr int kButtonPadding = 18;
+constexpr int kRowHeight = 26;    // of lists
+constexpr int kColumnMargin = 6;  // beside the texts of lists and their headings
 
 const Theme& LightTheme() {
   static const Theme theme = {.ground = 0xF4F5F8,
@@ -210,9 +212,16 @@ void HollinStyle::drawControl(ControlElement element, const QStyleOption* option
 QSize HollinStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                     const QSize& size, const QWidget* widget) const {
   const QSize usual = QProxyStyle::sizeFromContents(type, option, size, widget);
+  if (type == CT_ItemViewItem) return {usual.width(), std::max(usual.height(), kRowHeight)};
   if (type != CT_PushButton) return usual;
   return {std::max(usual.width(), size.width() + 2 * kButtonPadding),
           std::max(usual.height(), kButtonHeight)};
+}
+
+int HollinStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
+                             const QWidget* widget) const {
+  if (metric == PM_FocusFrameHMargin || metric == PM_HeaderMargin) return kColumnMargin;
+  return QProxyStyle::pixelMetric(metric, option, widget);
 }
 
 QIcon HollinStyle::standardIcon(StandardPixmap icon, const QStyleOption* option,

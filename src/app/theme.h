@@ -29,7 +29,7 @@ struct Theme {
 [[nodiscard]] const Theme& ThemeFor(const QPalette& palette);
 [[nodiscard]] QPalette PaletteOf(const Theme& theme);
 
-// Buttons, fields and bars, flat and rounded; the rest is Fusion's.
+// Buttons, fields and bars, flat and rounded, and lists with some air; the rest is Fusion's.
 class HollinStyle : public QProxyStyle {
   Q_OBJECT
 
@@ -42,6 +42,8 @@ class HollinStyle : public QProxyStyle {
                    const QWidget* widget) const override;
   [[nodiscard]] QSize sizeFromContents(ContentsType type, const QStyleOption* option,
                                        const QSize& size, const QWidget* widget) const override;
+  [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                                const QWidget* widget) const override;
   [[nodiscard]] QIcon standardIcon(StandardPixmap icon, const QStyleOption* option,
                                    const QWidget* widget) const override;
   [[nodiscard]] int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,

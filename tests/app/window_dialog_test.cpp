@@ -2,11 +2,13 @@
 // The dialogs themselves, and texts that only look like markup, formats or marks of Qt's.
 #include <QAbstractItemView>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QMessageBox>
 #include <QTimer>
 #include <QWindow>
 #include <filesystem>
 
+#include "app/keyboard_picture.h"
 #include "app/open_panel.h"
 #include "tests/app/window_test.h"
 
@@ -197,6 +199,36 @@ TEST_F(WindowDialogTest, OpenPanelBeginsAmongTheDownloads) {
   std::filesystem::create_directory(folder.Path("Downloads"));
   EXPECT_EQ(MakeOpenPanel(window.get())->directory().path().toStdString(),
             folder.Path("Downloads"));
+}
+
+TEST_F(WindowDialogTest, OpenPanelTellsPackagesFromFolders) {
+  std::filesystem::create_directory(folder.Path("folder.dat"));
+  const QFileInfo package(QString::fromStdString(folder.Write("PACKAGE.DAT", MakePackage())));
+  const QFileInfo directory(QString::fromStdString(folder.Path("folder.dat")));
+  const QAbstractFileIconProvider& icons = *MakeOpenPanel(window.get())->iconProvider();
+  EXPECT_EQ(icons.type(package), "Update package");
+  EXPECT_EQ(icons.type(directory), "Folder");
+  const auto picture = [&](const QFileInfo& file) {
+    return icons.icon(file).pixmap(16).toImage().convertToFormat(QImage::Format_RGB32);
+  };
+  EXPECT_EQ(picture(package),
+            DrawProgramIcon().pixmap(16).toImage().convertToFormat(QImage::Format_RGB32));
+  EXPECT_NE(picture(directory), picture(package));
+}
+
+TEST_F(WindowDialogTest, OpenPanelOffersTheUsersPlacesOnceEach) {
+  const auto places = [this] { return MakeOpenPanel(window.get())->sidebarUrls(); };
+  const QUrl home = QUrl::fromLocalFile(QString::fromStdString(folder.Path()));
+  const QUrl computer("file:");
+  EXPECT_EQ(places(), (QList<QUrl>{home, computer}));
+  std::filesystem::create_directory(folder.Path("Downloads"));
+  std::filesystem::create_directory(folder.Path("Desktop"));
+  EXPECT_EQ(places(), (QList<QUrl>{home, QUrl(home.toString() + "/Downloads"),
+                                   QUrl(home.toString() + "/Desktop"), computer}));
+  std::filesystem::create_directory(folder.Path("settings"));
+  folder.Write("settings/user-dirs.dirs",
+               "XDG_DOWNLOAD_DIR=\"$HOME/\"\nXDG_DESKTOP_DIR=\"$HOME/\"\n");
+  EXPECT_EQ(places(), (QList<QUrl>{home, computer}));
 }
 
 TEST_F(WindowDialogTest, CancelledPanelGivesNoPath) {

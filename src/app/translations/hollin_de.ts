@@ -114,6 +114,14 @@
         <source>Update packages (*.dat)</source>
         <translation>Update-Pakete (*.dat)</translation>
     </message>
+    <message>
+        <source>Folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>Update package</source>
+        <translation>Update-Paket</translation>
+    </message>
 </context>
 <context>
     <name>ProgressWords</name>

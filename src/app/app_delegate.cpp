@@ -123,16 +123,18 @@ TerminateReply AppDelegate::applicationShouldTerminate() {
   return AskToQuitAnyway();
 }
 
+Question AppDelegate::QuitQuestion() {
+  return {.alert = {.message = tr("Could not save changes while quitting. Quit anyway?"),
+                    .informativeText = tr("Quitting now will lose any changes you have made since "
+                                          "the last successful save"),
+                    .style = AlertStyle::kWarning},
+          .firstButton = tr("Quit anyway"),
+          .secondButton = tr("Cancel")};
+}
+
 // Deliberate: both buttons quit. Only an answer of 0 would cancel, and neither button answers that.
 TerminateReply AppDelegate::AskToQuitAnyway() {
-  const int answer =
-      Ask({.alert = {.message = tr("Could not save changes while quitting. Quit anyway?"),
-                     .informativeText = tr("Quitting now will lose any changes you have made since "
-                                           "the last successful save"),
-                     .style = AlertStyle::kWarning},
-           .firstButton = tr("Quit anyway"),
-           .secondButton = tr("Cancel")});
-  return answer == 0 ? TerminateReply::kCancel : TerminateReply::kNow;
+  return Ask(QuitQuestion()) == 0 ? TerminateReply::kCancel : TerminateReply::kNow;
 }
 
 // Not QCoreApplication::quit, which asks the window to close: that one hides while it updates.

@@ -45,6 +45,9 @@ class AppDelegate {
   bool applicationShouldHandleReopen(bool hasVisibleWindows);
   [[nodiscard]] TerminateReply applicationShouldTerminate();
 
+  // What is asked when the changes cannot be saved while quitting.
+  [[nodiscard]] static Question QuitQuestion();
+
   // The folder of the application's data. Makes nothing.
   [[nodiscard]] static QUrl applicationFilesDirectory();
   // Null where there is none; the errors have been presented then.

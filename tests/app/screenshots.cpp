@@ -2,6 +2,7 @@
 // Makes a picture of the window in each of its states: hollin_screenshots FOLDER SUFFIX
 // [light|dark]
 #include <QApplication>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -11,7 +12,10 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
+#include <QTreeView>
+#include <chrono>
 #include <cstdio>
+#include <filesystem>
 
 #include "app/about_box.h"
 #include "app/app_delegate.h"
@@ -54,8 +58,10 @@ class PicturedWindow : public MainWindow {
  public:
   explicit PicturedWindow(Album& pictures) : album(pictures) {}
   std::string nextAlert;  // its picture's name; empty for none
+  ProgressWords::Time now;
 
  protected:
+  [[nodiscard]] ProgressWords::Time Now() const override { return now; }
   void ShowAlert(const Alert& alert) override {
     if (nextAlert.empty()) return;
     QMessageBox* const box = MakeAlertBox(alert, this);
@@ -68,38 +74,68 @@ class PicturedWindow : public MainWindow {
   Album& album;
 };
 
-void TakeUpdate(PicturedWindow& window, Album& album) {
+// The first steps of an update of twelve, in 7 seconds each.
+void BeginUpdate(PicturedWindow& window) {
   window.progressStatus->setRange(0, 12);
   window.ShowUpdating(12);
-  for (int step = 0; step < 4; step++) window.RefreshProgress(step);
+  for (int step = 0; step < 4; step++) {
+    window.now += std::chrono::seconds(7);
+    window.RefreshProgress(step);
+  }
+}
+
+void TakeUpdate(PicturedWindow& window, Album& album) {
+  BeginUpdate(window);
   album.Take(window, "6-updating");
+  window.now += std::chrono::seconds(58);
   window.nextAlert = "7-completed-alert";
   window.RefreshProgress(-1);
   album.Take(window, "7-completed");
-  window.ShowUpdating(12);
-  for (int step = 0; step < 4; step++) window.RefreshProgress(step);
+  BeginUpdate(window);
+  window.now += std::chrono::seconds(3);
   window.nextAlert = "8-failed-alert";
   window.RefreshProgress(-2);
   album.Take(window, "8-failed");
 }
 
-Question QuitQuestion() {
-  return {
-      .alert = {.message = AppDelegate::tr("Could not save changes while quitting. Quit anyway?"),
-                .informativeText =
-                    AppDelegate::tr("Quitting now will lose any changes you have made since "
-                                    "the last successful save"),
-                .style = AlertStyle::kWarning},
-      .firstButton = AppDelegate::tr("Quit anyway"),
-      .secondButton = AppDelegate::tr("Cancel")};
-}
+// The home folder of a user who has downloaded packages.
+class UsersHome {
+ public:
+  UsersHome() {
+    using namespace std::chrono;
+    std::filesystem::create_directories(folder.Path("anna/Downloads/Older packages"));
+    WritePackage("TS30_V1.4.1.dat", 2025y / November / 3);
+    WritePackage("TS30_V1.4.2.dat", 2026y / May / 19);
+    SetDate(folder.Path("anna/Downloads/Older packages"), 2025y / November / 3);
+    qputenv("HOME", QByteArray::fromStdString(folder.Path("anna")));
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder.Path("settings")));
+  }
+  UsersHome(const UsersHome&) = delete;
+  UsersHome& operator=(const UsersHome&) = delete;
 
-// With packages in it, and without the places of whoever makes the picture.
-void TakePanel(PicturedWindow& window, Album& album, const TempFolder& folder) {
+ private:
+  static void SetDate(const std::string& path, std::chrono::sys_days date) {
+    const auto noon = std::chrono::sys_seconds(date) + std::chrono::hours(12);
+    std::filesystem::last_write_time(path, std::chrono::file_clock::from_sys(noon));
+  }
+  void WritePackage(const std::string& name, std::chrono::sys_days date) const {
+    SetDate(folder.Write("anna/Downloads/" + name, MakePackage({.imageSize = 393216})), date);
+  }
+
+  TempFolder folder;
+};
+
+// The panel shows its folder with the whole path to it.
+void TakePanel(PicturedWindow& window, Album& album) {
   QFileDialog& panel = *MakeOpenPanel(&window);
-  folder.Write("TS30_V1.4.1.dat", MakePackage());
-  panel.setDirectory(QString::fromStdString(folder.Path()));
-  panel.setSidebarUrls({});
+  panel.show();
+  Settle();
+  auto* const folderBox = panel.findChild<QComboBox*>("lookInCombo");
+  folderBox->setItemText(folderBox->currentIndex(), kUsersFolder);
+  const auto* const list = panel.findChild<QTreeView*>("treeView");
+  if (!Await([list] { return list->model()->rowCount(list->rootIndex()) == 3; })) {
+    throw std::runtime_error("no packages in the panel");
+  }
   album.Take(panel, "9-panel");
   panel.close();
 }
@@ -115,7 +151,7 @@ void TakeDialogs(PicturedWindow& window, Album& album) {
   QDialog& about = *MakeAboutBox(&window);
   album.Take(about, "9-about");
   about.close();
-  QMessageBox& question = *MakeQuestionBox(QuitQuestion(), &window);
+  QMessageBox& question = *MakeQuestionBox(AppDelegate::QuitQuestion(), &window);
   album.Take(question, "9-quit-question");
   question.close();
   QMessageBox& error = *MakeAlertBox(
@@ -156,7 +192,7 @@ void TakeAll(Album& album) {
   window.deviceNote->show();
   album.Take(window, "5-ready-without-rights");
   window.deviceNote->hide();
-  TakePanel(window, album, folder);
+  TakePanel(window, album);
   TakeUpdate(window, album);
   TakeDialogs(window, album);
   window.resize(1, 1);
@@ -169,6 +205,7 @@ void TakeAll(Album& album) {
 // NOLINTNEXTLINE(bugprone-exception-escape): no picture is made then, and that is all.
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
+  const hollin::UsersHome home;
   const QApplication application(argc, argv);
   const bool isDark = argc > 3 && QString(argv[3]) == "dark";
   if (isDark)

@@ -1,127 +1,26 @@
 // SPDX-License-Identifier: MIT
 // The same window in the two languages.
+#include "tests/app/window_language_test.h"
+
 #include <gmock/gmock.h>
 
 #include <QDialog>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <algorithm>
 
 #include "app/about_box.h"
+#include "app/app_delegate.h"
 #include "app/open_panel.h"
-#include "app/text_label.h"
-#include "app/theme.h"
-#include "app/translations.h"
-#include "tests/app/window_test.h"
+#include "app/question.h"
 
 namespace hollin {
 namespace {
 
 constexpr const char* kNameAndVersion = "Hollin " HOLLIN_VERSION;
-
-class WindowLanguageTest : public WindowTest {
- protected:
-  void Launch(const char* locale) {
-    window.reset();
-    qunsetenv("LANGUAGE");
-    qputenv("LC_ALL", locale);
-    UseLanguageOfLocale();
-    UseOwnLook();
-    window = std::make_unique<TestWindow>();
-    window->InitButton();
-    window->show();
-    Settle();
-  }
-  // All that stands in a window, its menus included.
-  static std::vector<std::string> TextsIn(const QWidget& widget) {
-    std::vector<std::string> texts = {widget.windowTitle().toStdString()};
-    for (const auto* label : widget.findChildren<QLabel*>()) {
-      const auto* const text = qobject_cast<const TextLabel*>(label);
-      texts.push_back((text != nullptr ? text->Shown() : label->text()).toStdString());
-      texts.push_back(label->toolTip().toStdString());
-    }
-    for (const auto* button : widget.findChildren<QPushButton*>()) {
-      texts.push_back(button->text().toStdString());
-    }
-    for (const auto* action : widget.findChildren<QAction*>()) {
-      texts.push_back(action->text().toStdString());
-    }
-    for (const auto* field : widget.findChildren<QLineEdit*>()) {
-      texts.push_back(field->placeholderText().toStdString());
-    }
-    return texts;
-  }
-  static void ExpectNoTextCut(const QWidget& widget) {
-    for (const auto* label : widget.findChildren<QLabel*>()) {
-      if (!label->isVisible() || label->text().isEmpty()) continue;
-      const int needed = label->hasHeightForWidth() ? label->heightForWidth(label->width())
-                                                    : label->sizeHint().height();
-      EXPECT_GE(label->height(), needed) << label->text().toStdString();
-      if (label->wordWrap()) continue;
-      EXPECT_GE(label->width(), label->sizeHint().width()) << label->text().toStdString();
-    }
-    for (const auto* button : widget.findChildren<QPushButton*>()) {
-      if (!button->isVisible()) continue;
-      EXPECT_GE(button->width(), button->fontMetrics().horizontalAdvance(button->text()) + 16);
-    }
-  }
-  void ExpectFieldShowsAllOf(const QLineEdit& field, const QString& text) {
-    EXPECT_GE(field.width(), field.fontMetrics().horizontalAdvance(text)) << text.toStdString();
-  }
-};
-
-class WindowTextRoomTest : public WindowLanguageTest,
-                           public ::testing::WithParamInterface<const char*> {};
-
-TEST_P(WindowTextRoomTest, NoTextIsCutInTheSmallestWindow) {
-  Launch(GetParam());
-  const RecordedPause pauses;
-  const auto check = [this] {
-    window->resize(1, 1);
-    Settle();
-    window->resize(1, 1);
-    Settle();
-    ExpectNoTextCut(*window);
-  };
-  ExpectFieldShowsAllOf(*window->textFieldPath, window->textFieldPath->placeholderText());
-  check();
-  OpenGoodPackage(0, {.model = std::string(16, 'W'),
-                      .version = std::string(16, 'W'),
-                      .keys = {"WWWWWWWW", "WWWWWWWW", "WWWWWWWW"}});
-  check();
-  OpenGoodPackage(2);
-  check();
-  UseFakeUpdate(3).failingStep = 1;
-  check();
-  window->duringDialog = check;
-  Update();
-  for (const Alert& alert : window->alerts) {
-    const std::unique_ptr<QMessageBox> box(MakeAlertBox(alert, nullptr));
-    box->show();
-    Settle();
-    ExpectNoTextCut(*box);
-  }
-  const std::unique_ptr<QDialog> about(MakeAboutBox(nullptr));
-  about->show();
-  Settle();
-  ExpectNoTextCut(*about);
-}
-
-TEST_P(WindowTextRoomTest, NoteAboutRightsIsNotCut) {
-  Launch(GetParam());
-  EXPECT_FALSE(window->deviceNote->isVisible());
-  window->deviceNote->show();
-  window->resize(1, 1);
-  Settle();
-  ExpectNoTextCut(*window);
-}
-
-INSTANTIATE_TEST_SUITE_P(Languages, WindowTextRoomTest, ::testing::Values("C.UTF-8", "de_DE.UTF-8"),
-                         [](const auto& test) {
-                           return std::string(test.param).substr(0, test.param[1] == '.' ? 1 : 2);
-                         });
 
 TEST_F(WindowLanguageTest, LocaleWithoutATranslationShowsTheEnglishTexts) {
   Launch("C");
@@ -178,6 +77,43 @@ TEST_F(WindowLanguageTest, StatesAreToldInGerman) {
   EXPECT_EQ(window->alerts.at(0).message, "Fehler");
   EXPECT_EQ(AlertText(),
             "Die dat-Datei kann nicht ge\u00F6ffnet werden: " + folder.Path("missing.dat"));
+  Open(folder.Write("broken.dat", BrokenPackage()));
+  EXPECT_EQ(AlertText(1),
+            "Pr\u00FCfsumme oder Dateiformat fehlerhaft: " + folder.Path("broken.dat"));
+}
+
+TEST_F(WindowLanguageTest, RightsAreAskedForInGerman) {
+  Launch("de_DE.UTF-8");
+  EXPECT_EQ(window->deviceNote->text(),
+            "Keine Berechtigung, das Keyboard zu \u00F6ffnen. Installieren Sie die udev-Regel von "
+            "Hollin und schlie\u00DFen Sie das Keyboard neu an.");
+}
+
+TEST_F(WindowLanguageTest, UpdateIsToldInGerman) {
+  Launch("de_DE.UTF-8");
+  window->ShowUpdating(3);
+  EXPECT_EQ(window->progressNote->text(), "Schritt 1 von 3  \u00B7  0:00 vergangen");
+  window->now += 60s;
+  window->RefreshProgress(0);
+  window->RefreshProgress(1);
+  EXPECT_EQ(window->progressNote->text(),
+            "Schritt 3 von 3  \u00B7  1:00 vergangen  \u00B7  noch etwa 0:30");
+  window->RefreshProgress(-2);
+  EXPECT_EQ(window->progressNote->text(), "In Schritt 3 von 3 nach 1:00 abgebrochen");
+  EXPECT_EQ(window->alerts.at(0).message, "Fehler");
+  EXPECT_EQ(AlertText(), "Fehler bei der Aktualisierung!");
+  window->ShowUpdating(3);
+  window->now += 4s;
+  window->RefreshProgress(0);
+  window->RefreshProgress(1);
+  EXPECT_EQ(window->progressNote->text(),
+            "Schritt 3 von 3  \u00B7  0:04 vergangen  \u00B7  noch wenige Sekunden");
+  window->RefreshProgress(-1);
+  EXPECT_EQ(window->progressNote->text(), "In 0:04 abgeschlossen");
+  EXPECT_EQ(window->alerts.at(1).message, "Information");
+  EXPECT_EQ(AlertText(1),
+            "Die Aktualisierung ist abgeschlossen. Bitte starten Sie das Keyboard mit dem "
+            "Netzschalter des TS30 neu.");
 }
 
 TEST_F(WindowLanguageTest, ButtonsToHoldAreNamedInGerman) {
@@ -200,7 +136,25 @@ TEST_F(WindowLanguageTest, CaptionIsNotTranslated) {
 
 TEST_F(WindowLanguageTest, PanelSpeaksGerman) {
   Launch("de_DE.UTF-8");
-  EXPECT_EQ(MakeOpenPanel(window.get())->windowTitle(), "Datei \u00F6ffnen");
+  const QFileDialog& panel = *MakeOpenPanel(window.get());
+  EXPECT_EQ(panel.windowTitle(), "Datei \u00F6ffnen");
+  EXPECT_THAT(TextsIn(panel), ::testing::Contains("\u00D6ffnen Sie die Update-Datei"));
+  EXPECT_EQ(panel.nameFilters(), QStringList("Update-Pakete (*.dat)"));
+  EXPECT_EQ(panel.iconProvider()->type(QFileInfo("/")), "Ordner");
+  const std::string path = folder.Write("a.dat", MakePackage());
+  EXPECT_EQ(panel.iconProvider()->type(QFileInfo(QString::fromStdString(path))), "Update-Paket");
+}
+
+TEST_F(WindowLanguageTest, QuestionBeforeQuittingIsAskedInGerman) {
+  Launch("de_DE.UTF-8");
+  const Question question = AppDelegate::QuitQuestion();
+  EXPECT_EQ(question.alert.message,
+            "Die \u00C4nderungen konnten beim Beenden nicht gesichert werden. Trotzdem beenden?");
+  EXPECT_EQ(question.alert.informativeText,
+            "Wenn Sie jetzt beenden, gehen alle \u00C4nderungen seit dem letzten erfolgreichen "
+            "Sichern verloren");
+  EXPECT_EQ(question.firstButton, "Trotzdem beenden");
+  EXPECT_EQ(question.secondButton, "Abbrechen");
 }
 
 }  // namespace

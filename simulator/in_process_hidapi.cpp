@@ -85,21 +85,21 @@ InProcessHidapi& InProcessHidapi::Instance() {
 HidBackend& TheBackend() { return InProcessHidapi::Instance(); }
 
 Keyboard& InProcessHidapi::Attach(KeyboardOptions options) {
-  slots.push_back(std::make_shared<Slot>(std::move(options)));
-  slots.back()->path = "keyboard " + std::to_string(++attachments);
-  return slots.back()->keyboard;
+  places.push_back(std::make_shared<Slot>(std::move(options)));
+  places.back()->path = "keyboard " + std::to_string(++attachments);
+  return places.back()->keyboard;
 }
 
 void InProcessHidapi::Detach(const Keyboard& keyboard) {
   const auto slot =
-      std::ranges::find(slots, &keyboard, [](const auto& each) { return &each->keyboard; });
-  if (slot == slots.end()) return;
+      std::ranges::find(places, &keyboard, [](const auto& each) { return &each->keyboard; });
+  if (slot == places.end()) return;
   (*slot)->keyboard.Unplug();
-  slots.erase(slot);
+  places.erase(slot);
 }
 
 void InProcessHidapi::Reset() {
-  while (!slots.empty()) Detach(slots.back()->keyboard);
+  while (!places.empty()) Detach(places.back()->keyboard);
   calls.clear();
   enumerations = opens = closes = exits = 0;
   recordCalls = true;
@@ -109,12 +109,12 @@ void InProcessHidapi::Reset() {
 }
 
 void InProcessHidapi::PassTime(VirtualClock::Duration length) {
-  for (auto& slot : slots) slot->keyboard.PassTime(length);
+  for (auto& slot : places) slot->keyboard.PassTime(length);
 }
 
 std::vector<ListedKeyboard> InProcessHidapi::List() {
   std::vector<ListedKeyboard> listed;
-  for (const auto& slot : slots) {
+  for (const auto& slot : places) {
     const KeyboardOptions& options = slot->keyboard.Options();
     if (!slot->keyboard.Attached()) continue;
     listed.push_back({options.vendorId, options.productId, slot->path});
@@ -123,8 +123,8 @@ std::vector<ListedKeyboard> InProcessHidapi::List() {
 }
 
 std::unique_ptr<OpenedKeyboard> InProcessHidapi::Open(const std::string& path) {
-  const auto slot = std::ranges::find(slots, path, [](const auto& each) { return each->path; });
-  if (slot == slots.end() || !(*slot)->keyboard.Open()) return nullptr;
+  const auto slot = std::ranges::find(places, path, [](const auto& each) { return each->path; });
+  if (slot == places.end() || !(*slot)->keyboard.Open()) return nullptr;
   return std::make_unique<Handle>(*this, *slot);
 }
 

@@ -60,7 +60,7 @@ class InProcessHidapi : public HidBackend {
   InProcessHidapi();
   ~InProcessHidapi() override;
 
-  std::vector<std::shared_ptr<Slot>> slots;
+  std::vector<std::shared_ptr<Slot>> places;
   uint64_t attachments = 0;  // for paths that are never used again
 };
 

@@ -8,7 +8,6 @@
 #include "app/update_loop.h"
 #include "base/pause.h"
 #include "device/hid_device.h"
-#include "package/package_writer.h"
 #include "tests/campaign/keyboard_link.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/temp_folder.h"
@@ -136,17 +135,9 @@ CampaignUpdate::~CampaignUpdate() {
 }
 
 bool CampaignUpdate::Load() {
-  PackageContents contents{.productModel = "TS30", .firmwareVersion = "1", .keys = {}, .packs = {}};
-  std::vector<std::string> descriptions;
-  for (const ReferencePack& pack : update.packs) descriptions.push_back(DescriptionOf(pack));
-  for (size_t i = 0; i < update.packs.size(); i++) {
-    contents.packs.push_back(
-        {DataTypeOf(update.packs[i]), ViewOf(descriptions[i]), ImageOf(update.packs[i])});
-  }
-  Bytes file;
-  if (WritePackage(contents, file) != PackRefusal::kNone) return false;
   const TempFolder folder;
-  return datFile.OpenDatFile(folder.Write("package.dat", file)) && datFile.ExamineDatFile();
+  return datFile.OpenDatFile(folder.Write("package.dat", PackageOf(update))) &&
+         datFile.ExamineDatFile();
 }
 
 std::vector<RunFault> CampaignUpdate::Faults() const {

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tests/campaign/reference_updates.h"
 
+#include <stdexcept>
+
+#include "package/package_writer.h"
+#include "tests/support/hex_bytes.h"
+
 namespace hollin::campaign {
 namespace {
 
@@ -221,6 +226,19 @@ std::string DescriptionOf(const ReferencePack& pack) {
 
 const Bytes& ImageOf(const ReferencePack& pack) {
   return std::visit([](const auto& each) -> const Bytes& { return each.image; }, pack);
+}
+
+Bytes PackageOf(const ReferenceUpdate& update) {
+  PackageContents contents{.productModel = "TS30", .firmwareVersion = "1", .keys = {}, .packs = {}};
+  std::vector<std::string> descriptions;
+  for (const ReferencePack& pack : update.packs) descriptions.push_back(DescriptionOf(pack));
+  for (size_t i = 0; i < update.packs.size(); i++) {
+    contents.packs.push_back(
+        {DataTypeOf(update.packs[i]), ViewOf(descriptions[i]), ImageOf(update.packs[i])});
+  }
+  Bytes file;
+  if (WritePackage(contents, file) != PackRefusal::kNone) throw std::logic_error("no package");
+  return file;
 }
 
 std::vector<ReferenceUpdate> ReferenceUpdates() {

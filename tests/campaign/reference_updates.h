@@ -28,6 +28,9 @@ using Places = std::array<std::vector<ReferenceWrite>, 3>;
 [[nodiscard]] std::string DescriptionOf(const ReferencePack& pack);
 [[nodiscard]] const Bytes& ImageOf(const ReferencePack& pack);
 
+// The update as users have it.
+[[nodiscard]] Bytes PackageOf(const ReferenceUpdate& update);
+
 [[nodiscard]] std::vector<ReferenceUpdate> ReferenceUpdates();
 
 }  // namespace hollin::campaign

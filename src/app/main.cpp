@@ -20,6 +20,7 @@
 #include "app/main_window_services.h"
 #include "app/process_end.h"
 #include "app/process_signals.h"
+#include "app/program_name.h"
 #include "app/quit_signals.h"
 #include "app/single_instance.h"
 #include "app/theme.h"
@@ -107,8 +108,7 @@ int main(int argc, char** argv) {
   hollin::IgnoreBrokenPipeSignal();  // as of an X server that goes
   hollin::StartRequest request = hollin::ReadStartRequest();
   const QApplication application(argc, argv);
-  QApplication::setApplicationName("Hollin");
-  QApplication::setDesktopFileName("com.tovari.Hollin");
+  hollin::NameProgram();
   QApplication::setQuitOnLastWindowClosed(false);  // the delegate decides
   if (argc > 1) request.package = hollin::PackagePath(argv[1]);
   hollin::UseLanguageOfLocale();

@@ -5,6 +5,7 @@ accessibility_test.py BIN STANDIN: the folder of the programs, and that of the s
 of its own, on which the accessibility bus is started.
 """
 import os
+import signal
 import subprocess
 import sys
 import tempfile
@@ -15,7 +16,34 @@ from gi.repository import GLib
 
 CAPTION = "Varnholt TS30 Firmware Update V2.0.0"
 CONNECTED = 'The TS30 is connected. Please press the "Update" button now.'
-TOO_LONG = 40  # seconds
+NOT_CONNECTED = ('The TS30 is not connected. Please hold down the "Shift" \r\n buttons while powering on the TS30.')
+TOO_LONG = 60  # seconds
+
+# All that stands in the window before a package was opened, by role and name. Two texts are still empty; a field
+# without a text has the name of its caption.
+CONTROLS = [
+    ("frame", CAPTION),
+    ("label", "Update your TS30"),
+    ("label", "Three steps. Leave the keyboard connected and switched on until the last one is done."),
+    ("image", "Drawing of a keyboard"),
+    ("label", "Step 1 of 3: next"),
+    ("label", "Choose the update package"),
+    ("push button", "Open"),
+    ("text", "Path of the update package"),
+    ("label", "Product model"), ("label", "Product model"),
+    ("label", "Firmware version"), ("label", "Firmware version"),
+    ("label", "Step 2 of 3: waiting"),
+    ("label", "Connect the keyboard"),
+    ("push button", "Refresh"),
+    ("label", ""),
+    ("label", "Step 3 of 3: waiting"),
+    ("label", "Update the keyboard"),
+    ("push button", "Update"),
+    ("progress bar", "Progress of the update"),
+    ("label", ""),
+    ("menu bar", ""),
+    ("menu item", "File"), ("menu item", "Edit"), ("menu item", "Keyboard"), ("menu item", "Help"),
+]
 
 BIN, STANDIN = sys.argv[1:3]
 events = []
@@ -23,7 +51,7 @@ events = []
 
 def note(event):
     try:
-        events.append((event.type, event.source.name, event.any_data))
+        events.append((event.type, event.source.getRoleName(), event.source.name, event.any_data))
     except GLib.Error:  # it is gone already
         pass
 
@@ -102,21 +130,50 @@ def make_package(folder):
 
 
 def check_controls():
-    """Every control has a role and a name, and nothing that takes the focus is without one."""
+    """Every control has its role and its name, and those that come next can be used."""
+    eventually(lambda: element(pyatspi.ROLE_MENU_ITEM, "Help"), "the whole window")
+    seen = [(node.getRoleName(), node.name) for node in all_below(window(CAPTION)) if showing(node)]
+    controls = [control for control in seen if control != ("filler", "")]
+    assert controls == CONTROLS, controls
     button = pyatspi.ROLE_PUSH_BUTTON
     assert is_enabled(await_element(button, "Open"))
     assert not is_enabled(await_element(button, "Refresh"))
     assert not is_enabled(await_element(button, "Update"))
-    await_element(pyatspi.ROLE_TEXT, "Path of the update package")
-    await_element(pyatspi.ROLE_PROGRESS_BAR, "Progress of the update")
-    for name in ("Step 1 of 3: next", "Step 2 of 3: waiting", "Step 3 of 3: waiting", "Choose the update package"):
-        await_element(pyatspi.ROLE_LABEL, name)
-    for menu in ("File", "Edit", "Keyboard", "Help"):
-        await_element(pyatspi.ROLE_MENU_ITEM, menu)
-    for node in all_below(window(CAPTION)):
-        if node.getState().contains(pyatspi.STATE_FOCUSABLE) and node.getRole() in (
-                button, pyatspi.ROLE_TEXT, pyatspi.ROLE_PROGRESS_BAR):
-            assert node.name, node
+
+
+def await_menu(*items):
+    """Until the open menu shows these items, each a name and whether it can be used."""
+    def shown():
+        nodes = [node for node in all_below(window(CAPTION)) if node.getRoleName() == "popup menu" and showing(node)]
+        return nodes and [(item.name, is_enabled(item)) for item in nodes[0] if item.getRoleName() == "menu item"]
+    eventually(lambda: shown() == list(items), f"a menu of {items}, but {shown()}")
+
+
+def use_menus():
+    """From menu to menu by the arrows, and into the About box and out of it."""
+    focus(CAPTION)
+    press("alt+f")
+    await_menu(("Open", True), ("Save", True), ("Quit", True))
+    press("Right")
+    await_menu(("Undo", False), ("Redo", False))
+    press("Right")
+    await_menu(("Refresh", False), ("Update", False))
+    press("Right")
+    await_menu(("About", True))
+    press("Return")
+    await_element(pyatspi.ROLE_LABEL, "Licences", "About Hollin")
+    await_element(pyatspi.ROLE_PUSH_BUTTON, "Close", "About Hollin")
+    focus("About Hollin")
+    press("Escape")
+    eventually(lambda: not window("About Hollin"), "the end of the About box")
+
+
+def was_told(kind, role, name):
+    return any(kind in event[0] and event[1:3] == (role, name) for event in events)
+
+
+def await_told(kind, role, name):
+    eventually(lambda: was_told(kind, role, name), f"news of the {role} {name}")
 
 
 def open_package(path):
@@ -125,11 +182,34 @@ def open_package(path):
     focus("Open File")
     await_element(pyatspi.ROLE_LABEL, "Open the update file", "Open File")
     subprocess.run(["xdotool", "type", path], check=True)
+    events.clear()
     press("Return")
+    for name in ("TS30", "V1", CONNECTED):
+        await_told("accessible-name", "label", name)
+    await_told("text-changed:insert", "text", "Path of the update package")
+    for name in ("Refresh", "Update"):
+        await_told("state-changed:enabled", "push button", name)
     await_element(pyatspi.ROLE_LABEL, CONNECTED)
     await_element(pyatspi.ROLE_LABEL, "V1")
     for name in ("Step 1 of 3: done", "Step 2 of 3: done", "Step 3 of 3: next"):
         await_element(pyatspi.ROLE_LABEL, name)
+
+
+def refresh_by_menu():
+    press("alt+k")
+    await_menu(("Refresh", True), ("Update", is_enabled(element(pyatspi.ROLE_PUSH_BUTTON, "Update"))))
+    press("Return")
+
+
+def unplug_and_plug(keyboard):
+    """Each change of the status is told, whether F5 or the menu has asked for it."""
+    focus(CAPTION)
+    events.clear()
+    keyboard.send_signal(signal.SIGUSR1)
+    eventually(lambda: press("F5") or was_told("accessible-name", "label", NOT_CONNECTED), "news of the unplugging")
+    events.clear()
+    keyboard.send_signal(signal.SIGUSR2)
+    eventually(lambda: refresh_by_menu() or was_told("accessible-name", "label", CONNECTED), "news of the plugging")
 
 
 def run_update():
@@ -147,9 +227,14 @@ def run_update():
 def check_progress_was_told():
     bar = element(pyatspi.ROLE_PROGRESS_BAR, "Progress of the update").queryValue()
     assert (bar.minimumValue, bar.currentValue, bar.maximumValue) == (0, 6, 6)
-    eventually(lambda: [event for event in events if "accessible-value" in event[0]], "a change of the bar's value")
-    eventually(lambda: [event for event in events if "accessible-name" in event[0] and "Step " in str(event)],
-               "a change of the step's name")
+    eventually(lambda: len([event for event in events if "accessible-value" in event[0]]) >= 6, "each step of the bar")
+    assert {event[1:3] for event in events if "accessible-value" in event[0]} == {
+        ("progress bar", "Progress of the update")}
+    await_told("accessible-name", "label", "Step 3 of 3: done")
+    eventually(lambda: [event for event in events if "accessible-name" in event[0] and "Completed in " in event[2]],
+               "news of the line below the bar")
+    for name in ("Refresh", "Update", "Open"):
+        await_told("state-changed:enabled", "push button", name)
     await_element(pyatspi.ROLE_LABEL, "Step 3 of 3: done")
 
 
@@ -159,7 +244,8 @@ def main():
     for name in ("bus", "config", "runtime"):
         os.mkdir(f"{folder}/{name}", 0o700)
     pyatspi.Registry.registerEventListener(note, "object:property-change:accessible-name",
-                                           "object:property-change:accessible-value")
+                                           "object:property-change:accessible-value", "object:state-changed:enabled",
+                                           "object:text-changed:insert")
     environment = dict(os.environ, LD_LIBRARY_PATH=STANDIN, TS30_SIMULATOR_DIR=f"{folder}/bus",
                        TS30_STANDIN_SKIP_PAUSES="1", XDG_CONFIG_HOME=f"{folder}/config", HOME=folder,
                        XDG_RUNTIME_DIR=f"{folder}/runtime", XDG_DATA_HOME=f"{folder}/data",
@@ -172,7 +258,9 @@ def main():
         hollin = subprocess.Popen([f"{BIN}/hollin"], env=environment)
         eventually(lambda: window(CAPTION), "the window")
         check_controls()
+        use_menus()
         open_package(f"{folder}/sample.dat")
+        unplug_and_plug(keyboard)
         run_update()
         check_progress_was_told()
         focus("Information")

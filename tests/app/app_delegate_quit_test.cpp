@@ -2,6 +2,8 @@
 // Quitting with the data store, and being started again.
 #include <gmock/gmock.h>
 
+#include <QAbstractButton>
+#include <QMessageBox>
 #include <filesystem>
 
 #include "tests/app/app_delegate_test.h"
@@ -77,6 +79,31 @@ TEST_F(AppDelegateQuitTest, BothButtonsQuitAndOnlyAnAnswerOfZeroCancels) {
   }
   EXPECT_NE(kFirstButton, 0);
   EXPECT_NE(kSecondButton, 0);
+}
+
+// With the alerts as they are really shown.
+TEST_F(AppDelegateQuitTest, CancelInTheQuestionStillQuits) {
+  AppDelegate real(folder.Path());
+  real.setWindow(window.get());
+  ASSERT_TRUE(real.managedObjectContext()->Insert("Mark"));
+  BreakStore();
+  const std::function<void(QString, QString)> answer = [&](const QString& message,
+                                                           const QString& button) {
+    const auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (box == nullptr || box->text() != message) {
+      return InEventLoop([&answer, message, button] { answer(message, button); });
+    }
+    for (QAbstractButton* each : box->buttons()) {
+      if (each->text().remove('&') == button) each->click();
+    }
+  };
+  InEventLoop([&] {
+    answer("The application data cannot be saved (" + QString::fromStdString(StoreFile()) + ").",
+           "OK");
+    answer("Could not save changes while quitting. Quit anyway?", "Cancel");
+    real.Terminate();
+  });
+  EXPECT_TRUE(EventLoopEnds());
 }
 
 TEST_F(AppDelegateQuitTest, AnErrorThatTheUserResolvesCancelsTheQuitting) {

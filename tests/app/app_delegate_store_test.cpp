@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "app/data_folder.h"
 #include "app/object_model.h"
 #include "app/store_coordinator.h"
 #include "tests/app/app_delegate_test.h"
@@ -81,6 +82,13 @@ TEST_F(AppDelegateStoreTest, MissingFoldersAboveTheDataFolderAreMadeToo) {
   setenv("XDG_DATA_HOME", folder.Path("a/b").c_str(), 1);
   EXPECT_NE(delegate->persistentStoreCoordinator(), nullptr);
   EXPECT_TRUE(std::filesystem::is_directory(folder.Path("a/b/com.tovari.Hollin")));
+}
+
+TEST_F(AppDelegateStoreTest, AFolderThatIsMissingIsTheErrorOfThatNumber) {
+  bool isFolder = true;
+  AppError error;
+  EXPECT_FALSE(QueryFolder(folder.Path("missing"), isFolder, error));
+  EXPECT_EQ(error.code, 260);
 }
 
 TEST_F(AppDelegateStoreTest, ADataFolderThatIsThereIsUsed) {

@@ -143,11 +143,13 @@ TEST_F(WindowOpenTest, BrokenPackageKeepsTheStartedState) {
 }
 
 TEST_F(WindowOpenTest, PathIsShownBeforeTheFileIsRead) {
-  const std::string path = folder.Path("missing.dat");
-  std::string shown;
-  window->duringDialog = [this, &shown] { shown = Path(); };
-  window->OpenDatAtPath(path);
-  EXPECT_EQ(shown, path);
+  QObject::connect(window->textFieldPath, &QLineEdit::textChanged, [this](const QString& shown) {
+    EXPECT_EQ(shown.toStdString(), folder.Path("late.dat"));
+    folder.Write("late.dat", MakePackage());  // is not there before
+  });
+  Open(folder.Path("late.dat"));
+  EXPECT_TRUE(window->alerts.empty());
+  EXPECT_EQ(Model(), "TS30 61 keys");
 }
 
 TEST_F(WindowOpenTest, BrokenPackageAfterAGoodOneKeepsWhatWasShown) {

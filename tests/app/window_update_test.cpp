@@ -128,10 +128,15 @@ TEST_F(WindowUpdateTest, ButtonsAreOffUntilTheAlertWasDismissed) {
   EXPECT_EQ(ButtonStates(), kUpdating);
   pauses.AwaitPause();
   Buttons duringAlert{};
-  window->duringDialog = [&] { duringAlert = ButtonStates(); };
+  int barDuringAlert = -1;
+  window->duringDialog = [&] {
+    duringAlert = ButtonStates();
+    barDuringAlert = window->progressStatus->value();
+  };
   pauses.Release();
   AwaitEndOfUpdate();
   EXPECT_EQ(duringAlert, kUpdating);
+  EXPECT_EQ(barDuringAlert, 1);  // its maximum, before the alert
   EXPECT_EQ(ButtonStates(), kFinished);
 }
 

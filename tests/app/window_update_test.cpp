@@ -266,6 +266,22 @@ TEST_F(WindowUpdateTest, NumbersForAWindowThatIsGoneAreDropped) {
   EXPECT_TRUE(gone.isNull());
 }
 
+// This thread, which would have to answer a worker that waits, waits for the worker.
+TEST_F(WindowUpdateTest, WorkerWaitsForNobodyAndEachPostKeepsItsNumber) {
+  const RecordedPause pauses;
+  UseFakeUpdate(3);
+  window->progressStatus->reset();
+  const QSignalSpy changes(window->progressStatus, &QProgressBar::valueChanged);
+  QObject relay;
+  const QPointer<MainWindow> target(window.get());
+  std::thread([&] { MainWindow::ThreadUpdate(window->datFile, relay, target); }).join();
+  EXPECT_EQ(changes.count(), 0);
+  Settle();
+  ASSERT_EQ(changes.count(), 4);
+  for (int i = 0; i < 4; i++) EXPECT_EQ(changes.at(i).at(0).toInt(), i);
+  EXPECT_EQ(window->pVal, -1);
+}
+
 TEST_F(WindowUpdateTest, WindowGoneDuringTheFinalAlertIsLeftAlone) {
   const RecordedPause pauses;
   UseFakeUpdate(1);

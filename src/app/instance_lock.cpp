@@ -12,6 +12,7 @@
 #include <string>
 
 #include "app/user_folders.h"
+#include "base/descriptor.h"
 #include "base/log.h"
 
 namespace hollin {
@@ -113,15 +114,10 @@ InstanceLock::~InstanceLock() {
 
 LockState InstanceLock::Take() {
   if (file >= 0) return LockState::kHeld;
-  const int folder = OpenLockFolder();
-  if (folder < 0) return Unavailable();
-  const bool isLocked = LockFileIn(folder, file);
-  const int error = errno;
-  close(folder);
-  if (isLocked) return LockState::kHeld;
-  if (error == EWOULDBLOCK) return LockState::kBusy;
-  errno = error;
-  return Unavailable();
+  const Descriptor folder(OpenLockFolder());
+  if (!folder.IsOpen()) return Unavailable();
+  if (LockFileIn(folder.number, file)) return LockState::kHeld;
+  return errno == EWOULDBLOCK ? LockState::kBusy : Unavailable();
 }
 
 }  // namespace hollin

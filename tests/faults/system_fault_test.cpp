@@ -4,18 +4,16 @@
 // as script/campaign sets it.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
-#include <random>
 #include <sstream>
 #include <vector>
 
 #include "tests/faults/child_process.h"
+#include "tests/faults/sampling.h"
 #include "tests/faults/system_faults.h"
 #include "tests/faults/whole_program.h"
 
@@ -195,7 +193,6 @@ class FaultedUpdate {
     counted = healthy.counted;
   }
 
-  // A sample, the same every day or the one that is asked for, or all.
   void RunFailures() {
     std::vector<Failure> allocations;
     std::vector<Failure> others;
@@ -204,8 +201,8 @@ class FaultedUpdate {
         (failure.call == Call::kAllocate ? allocations : others).push_back(failure);
       }
     }
-    Reduce(allocations);
-    Reduce(others);
+    Reduce(allocations, kSampleSize);
+    Reduce(others, kSampleSize);
     for (const Failure& failure : allocations) RunAndCheck(failure);
     for (const Failure& failure : others) RunAndCheck(failure);
     Print();
@@ -219,17 +216,6 @@ class FaultedUpdate {
       for (failure.index = 1; failure.index <= count; failure.index++) failures.push_back(failure);
     }
     return failures;
-  }
-
-  static void Reduce(std::vector<Failure>& failures) {
-    if (std::getenv("HOLLIN_CAMPAIGN_ALL") != nullptr) return;
-    std::shuffle(failures.begin(), failures.end(), std::mt19937(Seed()));
-    failures.resize(std::min(failures.size(), kSampleSize));
-  }
-
-  static unsigned Seed() {
-    const char* given = std::getenv("HOLLIN_CAMPAIGN_SEED");
-    return given == nullptr ? 30U : static_cast<unsigned>(std::strtoul(given, nullptr, 10));
   }
 
   void RunAndCheck(const Failure& failure) {

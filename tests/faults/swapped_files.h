@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// What somebody who is quick can do to a temporary file between its making and its loading.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace hollin::faults {
+
+struct Swap {
+  const char* name;
+  // `path` need not exist; what cannot be done is left undone.
+  void (*make)(const std::string& path);
+};
+[[nodiscard]] const std::vector<Swap>& Swaps();
+
+}  // namespace hollin::faults

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/bundle.h"
 #include "app/ini_config.h"
 #include "base/text.h"
 #include "device/ax_update.h"
@@ -167,7 +168,22 @@ void Number(ByteView input) {
   Require(!isNumber || value == *expected, "both read the same number");
 }
 
+// The program's path to that of its configuration: never outside of the folders on the way.
+void ConfigPath(std::string_view text) {
+  const std::string executable(text.substr(0, text.find('\0')));
+  const std::string bundle = BundlePathOf(executable);
+  const std::string path = ConfigPathOf(bundle);
+  Require(executable.starts_with(bundle), "the bundle lies on the way to the program");
+  Require(path.empty() != executable.starts_with('/'), "an absolute path leads to one");
+  if (path.empty()) return;
+  Require(path.starts_with('/') && path.ends_with("Config.ini"), "it is that file's, and absolute");
+  const size_t name = bundle.size() - bundle.rfind('/') - 1;
+  Require(path.size() == bundle.size() - name + std::string_view("Config.ini").size(),
+          "the bundle's name has gone once");
+}
+
 void Config(ByteView input) {
+  ConfigPath(TextOf(input));
   const MemoryFile file(input);
   const IniConfig config(file.Path());
   const bool isText = IsValidUtf8(TextOf(input));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // hollin-cli, its main function included, in the test's own process on a keyboard in that process.
-// Pauses take no time.
+// Pauses take no time. One at a time.
 #pragma once
 
 #include <array>

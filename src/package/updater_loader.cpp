@@ -35,8 +35,9 @@ std::unique_ptr<AXUpdate> MakeUpdater(uint32_t dataType, const PackSetup& pack) 
 
 bool IsSame(ByteView a, ByteView b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
 
-// The temporary files went through a folder that others write to and through a disk that may be
-// full: what will be written to the keyboard must be what was checked.
+// Deliberate: compared although all sums were right. The temporary files went through a folder that
+// others write to and through a disk that may be full: what counts is what the updater holds, and
+// that must be what was checked.
 bool HoldsPack(const AXUpdate& updater, ByteView file, const PackHeader& header) {
   const ByteView image{updater.image.get(), static_cast<size_t>(updater.imageLength)};
   const auto& [address, length, sum] = header.data;

@@ -39,7 +39,8 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   // Waits for the end and says how it was: nothing for a good one, or "signal 11", "hung", "threw".
-  // A child that has not ended after a minute, or has used half a minute of processor time, hangs.
+  // A child that has not ended after ten minutes, or has used half a minute of processor time,
+  // hangs.
   [[nodiscard]] std::string Await();
   void Kill() const;
 

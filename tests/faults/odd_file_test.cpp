@@ -26,7 +26,7 @@ namespace {
 
 constexpr size_t kThreeBlocks = 1;  // of the reference updates
 constexpr size_t kMostMemory = size_t{256} << 20;
-constexpr size_t kSampleOfChanges = 100;
+constexpr size_t kSampleOfChanges = 40;
 
 struct Report {
   int exitCode = -1;

@@ -20,7 +20,7 @@
 namespace hollin::faults {
 namespace {
 
-constexpr size_t kSampleSize = 60;  // of system calls, and as many of allocations
+constexpr size_t kSampleSize = 25;  // of system calls, and as many of allocations
 
 struct NamedCall {
   const char* name;

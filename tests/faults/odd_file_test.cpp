@@ -177,13 +177,16 @@ TEST_F(OddFileTest, NoneIsAConfiguration) {
 
 // Counting takes an id of 0 for any device, opening does not.
 TEST_F(OddFileTest, AnIdThatIsNoNumberReachesNoOtherDevice) {
+  simulator::KeyboardOptions otherDevice = campaign::ReferenceUpdates().at(kThreeBlocks).keyboard;
+  otherDevice.vendorId = 0x1234;
+  otherDevice.productId = 0x5678;
   for (const char* text : {"IDC_VID=zz\nIDC_PID=zz\n", "IDC_VID= ;\nIDC_PID= ;\n",
                            "IDC_VID=0\nIDC_PID=0\n", "IDC_VID=10000\nIDC_PID=-10000\n"}) {
     SCOPED_TRACE(text);
     UpdateAfter(
         [&] {
           program.Folder().Write("Config.ini", text);
-          program.Plug({.vendorId = 0x1234, .productId = 0x5678});
+          program.Plug(otherDevice);
         },
         program.PackagePath());
     EXPECT_EQ(last.exitCode, 1);

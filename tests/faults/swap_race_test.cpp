@@ -121,6 +121,9 @@ struct Race {
   mode_t modeOfTmp;
 };
 
+// For GoogleTest, which would print addresses.
+void PrintTo(const Race& race, std::ostream* out) { *out << race.name; }
+
 [[noreturn]] void SwapForEver(std::atomic<size_t>& rounds, unsigned seed) {
   std::mt19937 random(seed);
   const auto choose = [&](size_t count) { return random() % count; };

@@ -6,13 +6,11 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "base/log.h"
 #include "base/pause.h"
-#include "package/package_writer.h"
 #include "tests/faults/system_faults.h"
 #include "tests/support/hex_bytes.h"
 
@@ -27,19 +25,6 @@ constexpr uint8_t kOld = 0x5A;
 
 std::array<simulator::FlashMemory*, 3> Memories(Keyboard& keyboard) {
   return {&keyboard.A1().memory, &keyboard.A2().memory, &keyboard.C1().memory};
-}
-
-Bytes Package(const campaign::ReferenceUpdate& update) {
-  PackageContents contents{.productModel = "TS30", .firmwareVersion = "1", .keys = {}, .packs = {}};
-  std::vector<std::string> descriptions;
-  for (const auto& pack : update.packs) descriptions.push_back(DescriptionOf(pack));
-  for (size_t i = 0; i < update.packs.size(); i++) {
-    contents.packs.push_back(
-        {DataTypeOf(update.packs[i]), ViewOf(descriptions[i]), ImageOf(update.packs[i])});
-  }
-  Bytes file;
-  if (WritePackage(contents, file) != PackRefusal::kNone) throw std::runtime_error("no package");
-  return file;
 }
 
 // A whole chip: the images where they belong, erased bytes behind them, the old ones elsewhere.
@@ -57,7 +42,7 @@ Bytes ChipAfter(const std::vector<campaign::ReferenceWrite>& places, size_t size
 }  // namespace
 
 WholeProgram::WholeProgram(campaign::ReferenceUpdate reference)
-    : update(std::move(reference)), package(folder.Write("package.dat", Package(update))) {
+    : update(std::move(reference)), package(folder.Write("package.dat", PackageOf(update))) {
   RemoveTempFiles();
   setenv("XDG_RUNTIME_DIR", folder.Path().c_str(), 1);
   SetLogFunction([](const std::string& /*line*/) {});

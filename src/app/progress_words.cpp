@@ -47,15 +47,18 @@ void ProgressWords::CompleteStep(int step, Time now) {
   lastCompletion = now;
 }
 
+// There may be as many steps as an int can count.
+int ProgressWords::CurrentStep() const { return std::min(completed, stepCount - 1) + 1; }
+
 QString ProgressWords::StepText() const {
-  const int step = std::min(completed + 1, stepCount);
-  return tr("Step %1 of %2").arg(QString::number(step), QString::number(stepCount));
+  return tr("Step %1 of %2").arg(QString::number(CurrentStep()), QString::number(stepCount));
 }
 
 // The rest is taken to go on as the steps so far went on the average.
 QString ProgressWords::TimeLeft(Time now) const {
   if (completed < kStepsForAnEstimate || completed >= stepCount) return {};
-  const auto rest = (lastCompletion - start) / completed * (stepCount - completed);
+  const std::chrono::duration<double> past = lastCompletion - start;
+  const auto rest = past / completed * (stepCount - completed);
   const auto left = std::chrono::duration_cast<seconds>(rest - (now - lastCompletion));
   if (left < kFew) return tr("a few seconds left");
   return tr("about %1 left").arg(TimeText(RoundedUp(left)));
@@ -76,8 +79,7 @@ QString ProgressWords::Completed(Time now) const {
 QString ProgressWords::Failed(Time now) const {
   if (stepCount <= 0) return {};
   return tr("Stopped in step %1 of %2 after %3")
-      .arg(QString::number(std::min(completed + 1, stepCount)), QString::number(stepCount),
-           Since(start, now));
+      .arg(QString::number(CurrentStep()), QString::number(stepCount), Since(start, now));
 }
 
 }  // namespace hollin

@@ -26,6 +26,7 @@ class ProgressWords {
   [[nodiscard]] QString Failed(Time now) const;
 
  private:
+  [[nodiscard]] int CurrentStep() const;
   [[nodiscard]] QString StepText() const;
   [[nodiscard]] QString TimeLeft(Time now) const;
 

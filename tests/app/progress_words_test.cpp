@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace hollin {
 namespace {
 
@@ -64,6 +66,17 @@ TEST_F(ProgressWordsTest, ShortRestIsAFewSeconds) {
   EXPECT_EQ(RunningAt(10s), "Step 3 of 4; 0:10 elapsed; about 0:10 left");
   EXPECT_EQ(RunningAt(10s + 1s), "Step 3 of 4; 0:11 elapsed; a few seconds left");
   EXPECT_EQ(RunningAt(1h), "Step 3 of 4; 1:00:00 elapsed; a few seconds left");
+}
+
+TEST_F(ProgressWordsTest, MostStepsThatThereCanBeAreCountedToTheLast) {
+  constexpr int kMost = std::numeric_limits<int>::max();
+  words.Start(kMost, start);
+  words.CompleteStep(1, start + 1h);
+  EXPECT_EQ(RunningAt(1h), "Step 3 of 2147483647; 1:00:00 elapsed; about 1073741822:30:00 left");
+  words.CompleteStep(kMost - 2, start + 1h);
+  EXPECT_EQ(words.Failed(start + 1h), "Stopped in step 2147483647 of 2147483647 after 1:00:00");
+  words.CompleteStep(kMost - 1, start + 1h);
+  EXPECT_EQ(RunningAt(1h), "Step 2147483647 of 2147483647; 1:00:00 elapsed");
 }
 
 TEST_F(ProgressWordsTest, EndTellsTheWholeTime) {

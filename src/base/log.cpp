@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "base/log.h"
 
+#include <fcntl.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <utility>
 
+#include "base/descriptor.h"
 #include "base/text.h"
 
 namespace hollin {
@@ -22,9 +24,13 @@ LogFunction& Echo() {
   return function;
 }
 
+// Opened anew, so that it does not block: a terminal that its user has stopped, or that nobody
+// reads any more, goes without the line instead of holding an update up.
 void WriteToStandardError(const std::string& line) {
+  const Descriptor terminal(open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!terminal.IsOpen()) return;
   const std::string ended = line + "\n";
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, ended.data(), ended.size());
+  [[maybe_unused]] const ssize_t written = write(terminal.number, ended.data(), ended.size());
 }
 
 void WriteToSystemLog(const std::string& line) {

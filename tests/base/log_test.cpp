@@ -100,6 +100,24 @@ TEST_F(LogTest, ATerminalOnStandardErrorGetsTheLineToo) {
   close(terminal);
 }
 
+// As after Ctrl-S, or on a terminal program that hangs.
+TEST_F(LogTest, ATerminalThatNobodyReadsHoldsNothingUp) {
+  constexpr size_t kLines = 5000;  // more than any terminal keeps
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(grantpt(terminal), 0);
+  ASSERT_EQ(unlockpt(terminal), 0);
+  const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+  ASSERT_GE(screen, 0);
+  {
+    const RedirectedError redirected(screen);
+    for (size_t i = 0; i < kLines; i++) Log(std::string(99, 'x'));
+  }
+  EXPECT_EQ(Calls().logLines.size(), kLines);
+  close(screen);
+  close(terminal);
+}
+
 // A full pipe would block the writer.
 TEST_F(LogTest, APipeOnStandardErrorGetsNothing) {
   int ends[2];

@@ -291,7 +291,8 @@ bool MainWindow::event(QEvent* event) {
   return QMainWindow::event(event);
 }
 
-// Whether the program really quits is not the window's to decide, so it never just closes.
+// Deliberate: it never just closes. An update goes on without it, and whether an idle program
+// really quits is not the window's to decide.
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
   if (isUpdating) {

@@ -70,6 +70,8 @@ LoadVerdict LoadUpdaters(ByteView file, const PackageHeaders& headers, const Loa
     if (!verdict.IsGood()) return verdict;
     steps += updaters[i]->StepCount();
   }
+  // Deliberate: more steps than an int counts are no steps to whoever counts them, which would be a
+  // success with nothing written.
   if (steps > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) {
     return {.defect = LoadDefect::kTooManySteps};
   }

@@ -12,11 +12,20 @@ namespace hollin {
 
 // The text without the white space and line ends at both ends: U+0009 to U+000D, U+0085 and
 // Unicode's separators. Wants valid UTF-8. The answer points into `text`.
-[[nodiscard]] std::string_view Trim(std::string_view text);
+[[nodiscard]] std::string_view TrimBlanks(std::string_view text);
+[[nodiscard]] inline std::string_view Trim(std::string_view text) {
+  // Nearly every text begins and ends with printable ASCII, which is told at once.
+  const auto isInk = [](char c) { return c > ' ' && c <= '~'; };
+  if (text.empty() || (isInk(text.front()) && isInk(text.back()))) return text;
+  return TrimBlanks(text);
+}
 
 // Letters compare without regard to case in ASCII only: no other letter is folded onto one of a
 // keyword.
-[[nodiscard]] bool EqualsIgnoringCase(std::string_view a, std::string_view b);
+[[nodiscard]] bool HasSameLetters(std::string_view a, std::string_view b);  // of the same length
+[[nodiscard]] inline bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && HasSameLetters(a, b);
+}
 [[nodiscard]] bool ContainsIgnoringCase(std::string_view text, std::string_view word);
 
 // The text for a log line or a terminal: one line without control characters (they become \xNN);

@@ -17,15 +17,9 @@ namespace {
 
 constexpr uint32_t kSumMask = 0xFFFF;
 
-// Numbers are read character by character, and a character is a code point.
-size_t CountCharacters(std::string_view validText) {
-  return static_cast<size_t>(utf8::unchecked::distance(validText.begin(), validText.end()));
-}
-
-std::string_view WithoutLastCharacter(std::string_view validText) {
-  const char* end = validText.data() + validText.size();
-  utf8::unchecked::prior(end);
-  return validText.substr(0, static_cast<size_t>(end - validText.data()));
+// Numbers are read character by character, and a character is a code point of up to four bytes.
+bool HasTwoCharacters(std::string_view validText) {
+  return validText.size() > 4 || utf8::unchecked::distance(validText.begin(), validText.end()) >= 2;
 }
 
 bool HexDigit(char32_t c, uint32_t& digit) {
@@ -41,14 +35,33 @@ bool HexDigit(char32_t c, uint32_t& digit) {
   return true;
 }
 
-// Deliberate: no check that a character is a digit; its distance from "0" counts, modulo 2^32.
-uint32_t SumOfDecimalDigits(std::string_view validDigits) {
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool ParseDigit(char c, uint32_t& value) {
+  if (!IsDigit(c)) return false;
+  value = static_cast<uint32_t>(c - '0');
+  return true;
+}
+
+bool IsScale(char32_t c) { return (c | 0x20) == 'k' || (c | 0x20) == 'm'; }
+
+// Deliberate: no check that a character is a digit; its distance from "0" counts, modulo 2^32. M
+// scales by 1024 like K, not by 1024 x 1024; descriptions are written for it. Where either letter
+// stands anywhere, the last character is left out.
+uint32_t DecimalNumber(std::string_view validDigits) {
+  const char* at = validDigits.data();
+  const char* const end = at + validDigits.size();
   uint32_t value = 0;
-  const char* const end = validDigits.data() + validDigits.size();
-  for (const char* at = validDigits.data(); at != end;) {
-    value = value * 10 + (utf8::unchecked::next(at) - U'0');
+  for (; at != end && IsDigit(*at); at++) value = value * 10 + static_cast<uint32_t>(*at - '0');
+  uint32_t withoutLast = 0;
+  bool isScaled = false;
+  while (at != end) {
+    const char32_t c = utf8::unchecked::next(at);
+    isScaled = isScaled || IsScale(c);
+    withoutLast = value;
+    value = value * 10 + (c - U'0');
   }
-  return value;
+  return isScaled ? withoutLast * 1024 : value;
 }
 
 bool IsSame(ByteView a, ByteView b) { return std::equal(a.begin(), a.end(), b.begin(), b.end()); }
@@ -113,17 +126,19 @@ uint32_t AXUpdate::ByteSum(const uint8_t* data, int32_t length) {
 }
 
 bool AXUpdate::ParseNumber(std::string_view text, uint32_t& value) {
+  return text.size() == 1 ? ParseDigit(text.front(), value) : ParseTrimmed(text, value);
+}
+
+bool AXUpdate::ParseTrimmed(std::string_view text, uint32_t& value) {
   if (text.empty() || !IsValidUtf8(text)) return false;
-  if (text.size() == 1) {
-    if (text[0] < '0' || text[0] > '9') return false;
-    value = static_cast<uint32_t>(text[0] - '0');
+  std::string_view number = Trim(text);
+  if (!HasTwoCharacters(number)) return false;
+  const bool hasPrefix = number[0] == '0' && (number[1] | 0x20) == 'x';
+  const bool hasSuffix = (number.back() | 0x20) == 'h';
+  if (!hasPrefix && !hasSuffix) {
+    value = DecimalNumber(number);
     return true;
   }
-  std::string_view number = Trim(text);
-  if (CountCharacters(number) < 2) return false;
-  const bool hasPrefix = EqualsIgnoringCase(number.substr(0, 2), "0x");
-  const bool hasSuffix = EqualsIgnoringCase(number.substr(number.size() - 1), "H");
-  if (!hasPrefix && !hasSuffix) return ParseDecimal(number, value);
   if (hasPrefix) number.remove_prefix(2);
   if (hasSuffix) number.remove_suffix(1);
   return ParseHex(number, value);
@@ -143,12 +158,7 @@ bool AXUpdate::ParseHex(std::string_view digits, uint32_t& value) {
 
 bool AXUpdate::ParseDecimal(std::string_view digits, uint32_t& value) {
   if (digits.empty() || !IsValidUtf8(digits)) return false;
-  // Deliberate: M scales by 1024 like K, not by 1024 x 1024; descriptions are written for it.
-  if (digits.find_first_of("KkMm") != std::string_view::npos) {
-    value = SumOfDecimalDigits(WithoutLastCharacter(digits)) * 1024;
-  } else {
-    value = SumOfDecimalDigits(digits);
-  }
+  value = DecimalNumber(digits);
   return true;
 }
 

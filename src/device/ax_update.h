@@ -123,6 +123,8 @@ class AXUpdate {
   bool Fail(UpdateFailure reason, ByteView expected = {}, ByteView reply = {});
 
  private:
+  [[nodiscard]] static bool ParseTrimmed(std::string_view text, uint32_t& value);
+
   enum class Comparison { kEqual, kDifferent, kFailed };
   [[nodiscard]] Comparison CompareReply(ByteView expected, size_t compared, double timeOut);
 

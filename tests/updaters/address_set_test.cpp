@@ -45,6 +45,29 @@ TEST(AddressSetTest, ThousandsOfAddressesAndDuplicatesAreSortedOut) {
   }
 }
 
+TEST(AddressSetTest, ManyAddressesInNoOrderAreSorted) {
+  constexpr uint32_t kCount = 20011;   // a prime, so that the products are all different
+  constexpr uint32_t kApart = 200003;  // reaches into the highest byte
+  std::vector<uint32_t> list;
+  for (uint32_t i = 0; i < kCount; i++) list.push_back(i * 7919 % kCount * kApart);
+  const AddressSet set(list);
+  EXPECT_EQ(set.Size(), kCount);
+  for (uint32_t i = 0; i < kCount; i++) {
+    ASSERT_TRUE(set.Contains(i * kApart)) << i;
+    ASSERT_FALSE(set.Contains(i * kApart + 1)) << i;
+  }
+}
+
+TEST(AddressSetTest, ManyAddressesThatDifferInOneByteAreSorted) {
+  for (const int shift : {0, 8, 16, 24}) {
+    std::vector<uint32_t> list;
+    for (uint32_t i = 0; i < 256; i++) list.push_back((i * 77 % 256) << shift);
+    const AddressSet set(list);
+    EXPECT_EQ(set.Size(), 256U);
+    for (uint32_t i = 0; i < 256; i++) EXPECT_TRUE(set.Contains(i << shift)) << i << " " << shift;
+  }
+}
+
 // The set remembers where it looked last: the order of the questions must not show.
 TEST(AddressSetTest, QuestionsMayComeInAnyOrder) {
   const AddressSet set({10, 20, 30, 40});

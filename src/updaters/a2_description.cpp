@@ -4,6 +4,8 @@
 namespace hollin {
 
 bool A2Description::Read(std::string_view text, const DescriptionListener& listener) {
+  MakeRoom(reservedSectors, text);
+  MakeRoom(sectorAddrs, text);
   return ReadDescription(
       text, {.comment = "//", .unknownSectionFails = false},
       {

@@ -4,6 +4,7 @@
 namespace hollin {
 
 bool C1Description::Read(std::string_view text, const DescriptionListener& listener) {
+  MakeRoom(reservedSectors, text);
   return ReadDescription(text, {.comment = "//", .unknownSectionFails = false},
                          {
                              {"reserved sector", Numbers(reservedSectors)},

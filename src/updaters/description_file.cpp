@@ -14,48 +14,71 @@ namespace {
 
 constexpr size_t kPieceSize = 99;
 
+std::string_view Between(const char* begin, const char* end) {
+  return {begin, static_cast<size_t>(end - begin)};
+}
+
 // Hands out the text piece by piece.
 class Pieces {
  public:
-  explicit Pieces(std::string_view text) : rest(text) {}
+  explicit Pieces(std::string_view text) : next(text.data()), end(next + text.size()) {}
 
   // False at the end of the text.
   bool Next() {
-    if (rest.empty()) return false;
+    if (next == end) return false;
     if (endsLine) {
       line++;
-      lineStart = rest.data();
+      lineStart = next;
     }
-    const std::string_view window = rest.substr(0, kPieceSize);
-    const size_t newline = window.find('\n');
-    endsLine = newline != std::string_view::npos;
-    whole = endsLine ? window.substr(0, newline + 1) : window;
-    rest.remove_prefix(whole.size());
+    start = next;
+    Scan();
     return true;
   }
 
-  // What counts of the piece: a NUL ends it.
-  [[nodiscard]] std::string_view Piece() const { return whole.substr(0, whole.find('\0')); }
-  [[nodiscard]] std::string_view BehindNul() const { return whole.substr(Piece().size()); }
+  // What counts of the piece: a line end or a NUL ends it.
+  [[nodiscard]] std::string_view Piece() const { return Between(start, stop); }
+  [[nodiscard]] bool IsUtf8() const { return isAscii || IsValidUtf8(Piece()); }
+  [[nodiscard]] bool HasNul() const { return hasNul; }
+  [[nodiscard]] std::string_view BehindNul() const { return Between(stop, next); }
   // Whether more of this line follows than the line end that stays behind 99 bytes.
   [[nodiscard]] bool IsCut() const {
-    return !endsLine && !rest.empty() && rest[0] != '\n' && rest.substr(0, 2) != "\r\n";
+    if (endsLine || next == end || *next == '\n') return false;
+    return *next != '\r' || next + 1 == end || next[1] != '\n';
   }
   [[nodiscard]] size_t Line() const { return line; }
-  // What stands in this line before a text that may be in it; else before `piece`, which is.
-  [[nodiscard]] std::string_view Before(std::string_view text, std::string_view piece) const {
+  // What stands in this line before a text that may be in it; else before another, which is.
+  [[nodiscard]] std::string_view Before(std::string_view text, std::string_view otherwise) const {
     const std::less_equal<> isUpTo;
-    const char* const end = whole.data() + whole.size();
-    const bool isInside = isUpTo(lineStart, text.data()) && isUpTo(text.data(), end);
-    const char* const place = isInside ? text.data() : piece.data();
-    return {lineStart, static_cast<size_t>(place - lineStart)};
+    const bool isInside = isUpTo(lineStart, text.data()) && isUpTo(text.data(), next);
+    return Between(lineStart, isInside ? text.data() : otherwise.data());
   }
 
  private:
-  std::string_view rest;
-  std::string_view whole;
-  const char* lineStart = nullptr;
+  // Most lines are short: one look at each byte costs less than several searches.
+  void Scan() {
+    const char* const limit = start + std::min<ptrdiff_t>(end - start, kPieceSize);
+    const char* at = start;
+    uint8_t bits = 0;
+    bool anyIsNul = false;
+    for (; at != limit && *at != '\n'; at++) {
+      bits |= static_cast<uint8_t>(*at);
+      anyIsNul |= *at == '\0';
+    }
+    hasNul = anyIsNul;
+    endsLine = at != limit;
+    next = endsLine ? at + 1 : at;
+    isAscii = bits < 0x80;
+    stop = hasNul ? std::find(start, at, '\0') : at;
+  }
+
+  const char* next;                 // behind the piece
+  const char* const end;            // of the text
+  const char* lineStart = nullptr;  // of the line that the piece is in
+  const char* start = nullptr;      // of the piece
+  const char* stop = nullptr;       // of what counts of it
   bool endsLine = true;
+  bool isAscii = true;
+  bool hasNul = false;
   size_t line = 0;
 };
 
@@ -65,11 +88,20 @@ LineRemark ReadNumber(std::string_view text, uint32_t& field) {
 }
 
 LineRemark AppendNumber(std::string_view text, std::vector<uint32_t>& list) {
-  uint32_t number = 0;
-  if (!AXUpdate::ParseNumber(text, number)) return {DescriptionRemark::kBadNumber, text, &list};
-  list.push_back(number);
-  return {DescriptionRemark::kEntry, text, &list};
+  if (AXUpdate::ParseNumber(text, list.emplace_back())) {
+    return {DescriptionRemark::kEntry, text, &list};
+  }
+  list.pop_back();
+  return {DescriptionRemark::kBadNumber, text, &list};
 }
+
+struct NumberAppender {
+  std::vector<uint32_t>& list;
+
+  std::optional<LineRemark> operator()(std::string_view line) const {
+    return AppendNumber(line, list);
+  }
+};
 
 struct Setting {
   std::string_view key;
@@ -97,12 +129,30 @@ const NamedField* FindField(const std::vector<NamedField>& fields, std::string_v
 
 const LineRemark kLacksEqualsSign{DescriptionRemark::kNoEqualsSign, {}};
 
+bool StartsWith(std::string_view text, std::string_view start) {
+  return text.front() == start.front() && text.substr(0, start.size()) == start;
+}
+
+bool IsUnknown(DescriptionRemark remark) {
+  return remark == DescriptionRemark::kUnknownSection || remark == DescriptionRemark::kUnknownKey;
+}
+
+// The log hears of unknown names alone; a note of every value would take longer than the value.
+bool HearsUnknownOnly(const DescriptionListener& listener) {
+  const auto* const function = listener.target<void (*)(const DescriptionNote&)>();
+  return function != nullptr && *function == LogUnknown;
+}
+
 // Reads one description; one object a file.
 class Reader {
  public:
   Reader(std::string_view text, const DescriptionGrammar& grammar,
          const std::vector<DescriptionSection>& sections, const DescriptionListener& listener)
-      : pieces(text), grammar(grammar), sections(sections), listener(listener) {}
+      : pieces(text),
+        grammar(grammar),
+        sections(sections),
+        listener(listener),
+        hearsUnknownOnly(HearsUnknownOnly(listener)) {}
 
   bool Read() {
     while (pieces.Next()) {
@@ -114,10 +164,11 @@ class Reader {
  private:
   bool ReadPiece() {
     const std::string_view piece = pieces.Piece();
+    if (list != nullptr && AppendDigits(piece)) return true;
     if (pieces.IsCut()) Tell(piece, {DescriptionRemark::kLongLine, {}});
-    if (!IsValidUtf8(piece)) return Tell(piece, {DescriptionRemark::kNotUtf8, {}});
+    if (!pieces.IsUtf8()) return Tell(piece, {DescriptionRemark::kNotUtf8, {}});
     const std::string_view line = Trim(piece);
-    if (!pieces.BehindNul().empty()) Tell(line, {DescriptionRemark::kNul, pieces.BehindNul()});
+    if (pieces.HasNul()) Tell(line, {DescriptionRemark::kNul, pieces.BehindNul()});
     if (line.empty() || IsComment(line)) return true;
     if (line.front() == '[') return ReadHeader(line);
     if (section != nullptr) {
@@ -129,8 +180,21 @@ class Reader {
                        current});
   }
 
+  // A number of decimal digits alone, for a list: nearly all lines of a long description. False,
+  // with nothing done, where it is anything else.
+  [[nodiscard]] bool AppendDigits(std::string_view piece) const {
+    if (piece.empty()) return false;
+    uint32_t value = 0;
+    for (const char c : piece) {
+      if (c < '0' || c > '9') return false;
+      value = value * 10 + static_cast<uint32_t>(c - '0');
+    }
+    list->push_back(value);
+    return true;
+  }
+
   [[nodiscard]] bool IsComment(std::string_view line) const {
-    return line.front() == ';' || line.substr(0, grammar.comment.size()) == grammar.comment;
+    return line.front() == ';' || StartsWith(line, grammar.comment);
   }
 
   bool ReadHeader(std::string_view line) {
@@ -143,15 +207,23 @@ class Reader {
       return EqualsIgnoringCase(each.name, current);
     });
     section = known == sections.end() ? nullptr : &*known;
+    list = ListWithoutRemarks();
     const std::string_view tail = Trim(line.substr(end + 1));
     if (!tail.empty()) Tell(line, {DescriptionRemark::kHeaderTail, tail});
     return Tell(line, {DescriptionRemark::kHeader, current});
   }
 
+  // The list that the section's numbers go to, where nobody hears of each.
+  [[nodiscard]] std::vector<uint32_t>* ListWithoutRemarks() const {
+    if (section == nullptr || IsHeard(DescriptionRemark::kEntry)) return nullptr;
+    const auto* const appender = section->read.target<NumberAppender>();
+    return appender == nullptr ? nullptr : &appender->list;
+  }
+
   // False when the remark is the end of the reading.
   // NOLINTNEXTLINE(modernize-use-nodiscard): most remarks are told and the reading goes on.
   bool Tell(std::string_view line, const LineRemark& remark) const {
-    if (listener) {
+    if (IsHeard(remark.remark)) {
       listener({.remark = remark.remark,
                 .line = pieces.Line(),
                 .text = remark.text,
@@ -162,12 +234,18 @@ class Reader {
     return !IsFatal(remark.remark);
   }
 
+  [[nodiscard]] bool IsHeard(DescriptionRemark remark) const {
+    return listener && (!hearsUnknownOnly || IsUnknown(remark));
+  }
+
   Pieces pieces;
   const DescriptionGrammar& grammar;
   const std::vector<DescriptionSection>& sections;
   const DescriptionListener& listener;
+  const bool hearsUnknownOnly;
   std::string_view current;                     // the section's name, in the text
   const DescriptionSection* section = nullptr;  // null while the name is none of the known
+  std::vector<uint32_t>* list = nullptr;        // where its numbers go, if nobody hears of them
 };
 
 }  // namespace
@@ -190,9 +268,7 @@ size_t DescriptionNote::Column() const {
 }
 
 void LogUnknown(const DescriptionNote& note) {
-  const bool isUnknown = note.remark == DescriptionRemark::kUnknownSection ||
-                         note.remark == DescriptionRemark::kUnknownKey;
-  if (isUnknown) Log("Unknown:" + std::string(note.text));
+  if (IsUnknown(note.remark)) Log("Unknown:" + std::string(note.text));
 }
 
 LineReader WholeLine(std::string& field) {
@@ -202,9 +278,7 @@ LineReader WholeLine(std::string& field) {
   };
 }
 
-LineReader Numbers(std::vector<uint32_t>& list) {
-  return [&list](std::string_view line) { return AppendNumber(line, list); };
-}
+LineReader Numbers(std::vector<uint32_t>& list) { return NumberAppender{list}; }
 
 LineReader AnyKey(uint32_t& field) {
   return [&field](std::string_view line) {
@@ -246,6 +320,12 @@ LineReader Cycles(std::initializer_list<NamedField> fields, std::vector<uint32_t
     if (ContainsIgnoringCase(key, "data")) return AppendNumber(value, data);
     return LineRemark{DescriptionRemark::kUnknownKey, key};
   };
+}
+
+void MakeRoom(std::vector<uint32_t>& list, std::string_view text) {
+  constexpr size_t kShortestLine = 2;        // a digit and the line end
+  constexpr size_t kMost = size_t{1} << 25;  // address space is not without end either
+  list.reserve(std::min(text.size() / kShortestLine + 1, kMost));
 }
 
 bool ReadDescription(std::string_view text, const DescriptionGrammar& grammar,

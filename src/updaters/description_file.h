@@ -83,6 +83,10 @@ LineReader NamedKeys(std::initializer_list<NamedField> fields);
 LineReader Cycles(std::initializer_list<NamedField> fields, std::vector<uint32_t>& addresses,
                   std::vector<uint32_t>& data);
 
+// Makes room in `list` for a number from every line of a text. A list that had to grow while it is
+// read would be copied again and again; room that is not used takes no memory.
+void MakeRoom(std::vector<uint32_t>& list, std::string_view text);
+
 struct DescriptionSection {
   std::string_view name;  // a literal; compared without regard to case
   LineReader read;

@@ -269,6 +269,39 @@ TEST_F(DescriptionFileTest, NumbersAreAppendedInTheOrderOfTheLines) {
   EXPECT_THAT(list, ElementsAre(0x20U, 0x10U, 5U, 7U));
 }
 
+// A list that nobody hears of is read in a shorter way.
+TEST_F(DescriptionFileTest, AListIsTheSameWhoeverListens) {
+  const std::string text =
+      "[S]\n7\n12\r\n 3\n4294967297\n;9\n5\0x\n0x1F\n2K\n10/\n\xFF"
+      "8\n"s +
+      std::string(98, '0') + "123\n[T]\n4\n[S]\n6";
+  const auto listOf = [&](const DescriptionListener& listener) {
+    std::vector<uint32_t> list;
+    EXPECT_TRUE(ReadDescription(text, {.comment = "//"}, {{"S", Numbers(list)}}, listener));
+    return list;
+  };
+  const RecordedLog log;
+  for (const auto& listener : {DescriptionListener(), DescriptionListener(LogUnknown),
+                               DescriptionListener([](const DescriptionNote& /*note*/) {})}) {
+    EXPECT_THAT(listOf(listener), ElementsAre(7U, 12U, 3U, 1U, 5U, 31U, 2048U, 99U, 1U, 23U, 6U));
+  }
+  EXPECT_THAT(log.lines, ElementsAre("Unknown:T"));
+}
+
+TEST_F(DescriptionFileTest, AListThatNobodyHearsOfFailsAtWhatIsNoNumber) {
+  std::vector<uint32_t> list;
+  EXPECT_FALSE(
+      ReadDescription("[S]\n12\n0x1G\n3\n", {.comment = "//"}, {{"S", Numbers(list)}}, {}));
+  EXPECT_THAT(list, ElementsAre(12U));
+}
+
+TEST_F(DescriptionFileTest, RoomForAListIsMadeAtOnce) {
+  std::vector<uint32_t> list;
+  MakeRoom(list, "1\n2\n3");
+  EXPECT_GE(list.capacity(), 3U);
+  EXPECT_THAT(list, IsEmpty());
+}
+
 TEST_F(DescriptionFileTest, CyclesTakeNamedKeysThenAddressesThenData) {
   uint32_t count = 0;
   std::vector<uint32_t> addresses;

@@ -84,13 +84,13 @@ QString FirstFolder() {
   return QFileInfo(Downloads()).isDir() ? Downloads() : QDir::homePath();
 }
 
-// Where packages come from, and the whole computer with what is plugged into it.
+// Where packages come from, and the whole computer with what is plugged into it. The panel shows
+// none twice.
 QList<QUrl> Places() {
   QList<QUrl> places = {QUrl::fromLocalFile(QDir::homePath())};
   for (const QString& folder :
        {Downloads(), QStandardPaths::writableLocation(QStandardPaths::DesktopLocation)}) {
-    const QUrl place = QUrl::fromLocalFile(folder);
-    if (QFileInfo(folder).isDir() && !places.contains(place)) places << place;
+    if (QFileInfo(folder).isDir()) places << QUrl::fromLocalFile(folder);
   }
   return places << QUrl("file:");
 }

@@ -87,7 +87,7 @@ class SwapAtEveryCallTest : public testing::Test {
                     << child.Output();
     }
     last = *report;
-    for (const char* path : kTempFiles) unlink((std::string(path) + ".target").c_str());
+    for (const char* path : kTempFiles) RemoveLeftovers(path);
     WholeProgram::RemoveTempFiles();
   }
 
@@ -197,7 +197,7 @@ void Play(const Race& race, unsigned seed, Report& report) {
   const Scene scene = MakeScene(folder.Path());
   const std::vector<std::string> others = SnapshotOf(scene);
   const Shared<std::atomic<size_t>> rounds;
-  const ChildProcess swapper([&] {
+  ChildProcess swapper([&] {
     Become(race.swapper);
     SwapForEver(*rounds, seed);
   });
@@ -205,6 +205,9 @@ void Play(const Race& race, unsigned seed, Report& report) {
   ChildProcess user([&] { ExamineAgainAndAgain(program, seed, report); });
   const std::string end = user.Await();
   report.rounds = *rounds;
+  swapper.Kill();
+  static_cast<void>(swapper.Await());
+  for (const char* path : kTempFiles) RemoveLeftovers(path);
   if (!end.empty()) throw std::runtime_error(end + user.Output());
   if (SnapshotOf(scene) != others) throw std::runtime_error("a file of others was changed");
 }

@@ -112,4 +112,9 @@ const std::vector<Swap>& Swaps() {
   return swaps;
 }
 
+void RemoveLeftovers(const std::string& path) {
+  Clear(path + ".other");
+  Clear(path + ".target");
+}
+
 }  // namespace hollin::faults

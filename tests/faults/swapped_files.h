@@ -14,4 +14,7 @@ struct Swap {
 };
 [[nodiscard]] const std::vector<Swap>& Swaps();
 
+// Removes what swaps at that path may have put beside it.
+void RemoveLeftovers(const std::string& path);
+
 }  // namespace hollin::faults

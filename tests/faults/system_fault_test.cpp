@@ -35,7 +35,7 @@ const NamedCall& Known(Call call) {
   };
   const auto moving = [&](Call each, std::initializer_list<int> errors) {
     std::vector<Failure> failures = failing(each, errors);
-    for (const size_t most : {0, 1, 100}) failures.push_back({.call = each, .atMost = most});
+    for (const size_t most : {0U, 1U, 100U}) failures.push_back({.call = each, .atMost = most});
     return failures;
   };
   static const std::array<NamedCall, kCalls> known = {{

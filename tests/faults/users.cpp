@@ -71,7 +71,10 @@ std::string ProtectionsOfTheKernel() {
     const std::string protection = std::string("protected_") + name;
     std::string value = "unknown";
     std::ifstream("/proc/sys/fs/" + protection) >> value;
-    text += protection + "=" + value + " ";
+    text += protection;
+    text += "=";
+    text += value;
+    text += " ";
   }
   return text;
 }

@@ -20,7 +20,6 @@ size_t PartOf(uint32_t address, int shift) { return address >> shift & 0xFF; }
 
 // By the highest byte, then each part by the next: in place, and in time that grows with the number
 // of addresses alone, in whatever order a package has them.
-// NOLINTNEXTLINE(misc-no-recursion): one call deep for each byte.
 void Sort(std::span<uint32_t> addresses, int shift) {
   if (addresses.size() <= kQuicklySorted) return std::sort(addresses.begin(), addresses.end());
   std::array<size_t, 257> starts{};

@@ -36,6 +36,15 @@ timespec ToTimespec(std::chrono::milliseconds length) {
           .tv_nsec = static_cast<long>(rest.count())};
 }
 
+// What an action throws (out of memory) ends here: no message is worth the update.
+void Attempt(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (...) {
+    return;
+  }
+}
+
 }  // namespace
 
 void HoldBackSignals() {
@@ -70,18 +79,18 @@ void SignalWatch::Watch() {
     if (signal > 0) {
       Handle(signal);
     } else if (errno == EAGAIN && !isEnding) {
-      actions.tick();
+      Attempt(actions.tick);
     }
   }
 }
 
 void SignalWatch::Handle(int signal) {
   if (signal == kWakeUp) return;
-  if (signal != SIGINT) return actions.leave();
+  if (signal != SIGINT) return Attempt(actions.leave);
   interrupts++;
-  if (interrupts == 1) return actions.first();
-  if (interrupts == 2) return actions.second();
-  actions.leave();
+  if (interrupts == 1) return Attempt(actions.first);
+  if (interrupts == 2) return Attempt(actions.second);
+  Attempt(actions.leave);
 }
 
 }  // namespace hollin

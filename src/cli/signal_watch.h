@@ -24,7 +24,7 @@ void HoldBackSignals();
 
 class SignalWatch {
  public:
-  // All are called on the watching thread.
+  // All are called on the watching thread; what they throw is dropped.
   struct Actions {
     std::function<void()> first;   // Ctrl-C for the first time
     std::function<void()> second;  // the update is going to stop

@@ -59,7 +59,7 @@ class Ending {
   void Leave(const DatFileExamine& datFile, UpdateDisplay& display) {
     if (isTaken.exchange(true)) return LeaveFinished(datFile);
     datFile.DeleteTempFiles();
-    display.Abandon();
+    Abandon(display);
     _exit(static_cast<int>(ExitCode::kInterrupted));
   }
 
@@ -70,6 +70,14 @@ class Ending {
     if (lock) return;
     datFile.DeleteTempFiles();
     _exit(static_cast<int>(exitCode.load()));
+  }
+  // The end is certain, its words are not.
+  static void Abandon(UpdateDisplay& display) {
+    try {
+      display.Abandon();
+    } catch (...) {
+      return;
+    }
   }
   [[noreturn]] static void AwaitExit() {
     while (true) pause();

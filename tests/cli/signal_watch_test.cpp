@@ -5,10 +5,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "tests/support/eventually.h"
 
 namespace hollin {
 namespace {
@@ -27,6 +32,10 @@ class Events {
     std::unique_lock lock(mutex);
     added.wait(lock, [&] { return all.size() >= count; });
     return all;
+  }
+  bool Has(const std::string& event) {
+    const std::lock_guard lock(mutex);
+    return std::find(all.begin(), all.end(), event) != all.end();
   }
 
  private:
@@ -65,6 +74,26 @@ TEST_F(SignalWatchTest, CtrlCAdvisesThenStopsThenLeaves) {
   EXPECT_THAT(Send(SIGINT), ElementsAre("first", "second"));
   EXPECT_TRUE(watch.IsStopWanted());
   EXPECT_THAT(Send(SIGINT), ElementsAre("first", "second", "leave"));
+}
+
+// As where a message finds no memory.
+TEST_F(SignalWatchTest, AnActionThatThrowsEndsNothing) {
+  HoldBackSignals();
+  SignalWatch::Actions actions = Actions(std::chrono::milliseconds(1));
+  const auto throwing = [this](const std::string& event) {
+    return [this, event] {
+      events.Add(event);
+      throw std::bad_alloc();
+    };
+  };
+  actions.first = throwing("first");
+  actions.tick = throwing("tick");
+  const SignalWatch watch(std::move(actions));
+  events.WaitForCount(2);
+  kill(getpid(), SIGINT);
+  EXPECT_TRUE(Eventually([this] { return events.Has("first"); }));
+  kill(getpid(), SIGINT);
+  EXPECT_TRUE(Eventually([this] { return events.Has("second"); }));
 }
 
 TEST_F(SignalWatchTest, ASignalThatAsksToEndLeavesAtOnce) {

@@ -118,6 +118,8 @@ def focus(title):
     command = ["xdotool", "search", "--onlyvisible", "--name", f"^{title}$", "windowfocus", "--sync"]
     eventually(lambda: subprocess.run(command, stdout=subprocess.DEVNULL, check=False).returncode == 0,
                f"the focus on {title}")
+    # The server gives the focus before the program knows of it.
+    eventually(lambda: any(is_focused(node) for node in all_below(window(title))), f"something with the focus in {title}")
 
 
 def make_package(folder):
@@ -146,7 +148,7 @@ def await_menu(*items):
     def shown():
         nodes = [node for node in all_below(window(CAPTION)) if node.getRoleName() == "popup menu" and showing(node)]
         return nodes and [(item.name, is_enabled(item)) for item in nodes[0] if item.getRoleName() == "menu item"]
-    eventually(lambda: shown() == list(items), f"a menu of {items}, but {shown()}")
+    eventually(lambda: shown() == list(items), f"a menu of {items}")
 
 
 def use_menus():

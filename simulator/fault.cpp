@@ -32,6 +32,7 @@ constexpr FaultDescription kDescriptions[] = {
     {FaultKind::kRemoveBefore, "remove-before", "h", 0, 1, "unplugged, the report is not taken"},
     {FaultKind::kRemoveAt, "remove-at", "hcr", 0, 1, "unplugged, taken but not answered"},
     {FaultKind::kRemoveAfter, "remove-after", "hcr", 0, 1, "unplugged after it was answered"},
+    {FaultKind::kHold, "hold", "hcr", 0, 1, "halts before it answers, until it gets SIGCONT"},
     {FaultKind::kOpenFails, "open-fails", "o", 0, 1, "an open is refused"},
 };
 

@@ -33,6 +33,7 @@ enum class FaultKind {
   kRemoveBefore,
   kRemoveAt,
   kRemoveAfter,
+  kHold,
   kOpenFails,
 };
 

@@ -2,6 +2,7 @@
 #include "simulator/keyboard.h"
 
 #include <algorithm>
+#include <csignal>
 #include <utility>
 
 namespace hollin::simulator {
@@ -71,6 +72,7 @@ bool Keyboard::TakeReport(ByteView report, Deliveries& deliveries) {
     Unplug();
     return true;
   }
+  if (faults.Strikes(FaultKind::kHold, record.counters)) std::raise(SIGSTOP);
   Send(std::move(replies), deliveries);
   if (faults.Strikes(FaultKind::kRemoveAfter, record.counters)) Unplug();
   return true;

@@ -24,7 +24,7 @@ TEST_P(KillPointsTest, TheNextWindowStartsCleanlyAndUpdates) {
   const std::vector<size_t> points = PointsUpTo(ReportsOf(GetParam()));
   for (size_t i = 0; i < points.size(); i++) {
     SCOPED_TRACE(points[i]);
-    PlugInKeyboard(GetParam(), IsSilentAt(i) ? points[i] : 0);
+    PlugInKeyboard(GetParam(), "mute", IsSilentAt(i) ? points[i] : 0);
     ASSERT_NO_FATAL_FAILURE(UpdateUntilReport(package, points[i]));
     Kill(*window);
     EXPECT_TRUE(TempFilesExist());
@@ -42,7 +42,7 @@ TEST_P(KillPointsTest, TheNextCommandLineUpdates) {
   const std::vector<size_t> points = PointsUpTo(ReportsOf(GetParam()));
   for (size_t i = 0; i < points.size(); i++) {
     SCOPED_TRACE(points[i]);
-    PlugInKeyboard(GetParam(), points[i]);
+    PlugInKeyboard(GetParam(), "mute", points[i]);
     Subprocess program(SetupOf({HOLLIN_BIN_DIR "/hollin-cli", "update", package}));
     ASSERT_TRUE(EventuallyAtLast([&] { return ReportIsWritten(points[i]); }));
     Kill(program);

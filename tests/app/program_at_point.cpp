@@ -69,13 +69,14 @@ std::vector<std::string> ProgramAtPointTest::FlashOf(const PointUpdate& update) 
           "--option", "c1.erase-time=0"};
 }
 
-void ProgramAtPointTest::PlugInKeyboard(const PointUpdate& update, size_t silentFrom) {
+void ProgramAtPointTest::PlugInKeyboard(const PointUpdate& update, const std::string& fault,
+                                        size_t report) {
   keyboard.reset();
   bus.emplace();
   folder.Write("flash", Filled(kChipSize, 0x5A));
   std::vector<std::string> options = FlashOf(update);
-  if (silentFrom > 0) {
-    options.insert(options.end(), {"--fault", "mute@h" + std::to_string(silentFrom)});
+  if (report > 0) {
+    options.insert(options.end(), {"--fault", fault + "@h" + std::to_string(report)});
   }
   keyboard.emplace(*bus, options);
 }

@@ -43,8 +43,8 @@ class ProgramAtPointTest : public ::testing::Test {
   ProgramAtPointTest();
   void TearDown() override;
 
-  // A keyboard with old contents; from `silentFrom` on, if that is not 0, it answers no report.
-  void PlugInKeyboard(const PointUpdate& update, size_t silentFrom = 0);
+  // A keyboard with old contents and with that fault at a report of the host, if that is not 0.
+  void PlugInKeyboard(const PointUpdate& update, const std::string& fault = "", size_t report = 0);
   // The same keyboard, switched off and on: the flash holds what it held.
   void RestartKeyboard(const PointUpdate& update);
   [[nodiscard]] std::string PackageOf(const PointUpdate& update) const;

@@ -72,7 +72,7 @@ TEST_P(QuitAlertsTest, OfAnUpdateThatSucceeded) {
 
 TEST_P(QuitAlertsTest, OfAnUpdateThatFailed) {
   constexpr size_t kInTheMiddle = 100;
-  PlugInKeyboard(kPointUpdates[0], kInTheMiddle);
+  PlugInKeyboard(kPointUpdates[0], "mute", kInTheMiddle);
   UpdateUntilReport(PackageOf(kPointUpdates[0]), kInTheMiddle);
   AwaitBus();
   keyboard.reset();

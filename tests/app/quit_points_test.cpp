@@ -46,7 +46,7 @@ TEST_P(QuitPointsTest, ProgramIsGoneWithItsFilesAndTheKeyboardCanBeUpdatedAgain)
   const std::vector<size_t> points = PointsUpTo(ReportsOf(update));
   for (size_t i = 0; i < points.size(); i++) {
     SCOPED_TRACE(points[i]);
-    PlugInKeyboard(update, IsSilentAt(i) ? points[i] : 0);
+    PlugInKeyboard(update, "mute", IsSilentAt(i) ? points[i] : 0);
     ASSERT_NO_FATAL_FAILURE(UpdateUntilReport(package, points[i]));
     ExpectGone([this] { Quit(); });
     if (IsSilentAt(i)) RestartKeyboard(update);
@@ -66,30 +66,18 @@ INSTANTIATE_TEST_SUITE_P(Updates, QuitPointsTest, ::testing::ValuesIn(QuitCases(
 class ClosePointsTest : public ProgramAtPointTest,
                         public ::testing::WithParamInterface<PointUpdate> {
  protected:
-  // Halts the keyboard at a point of the update, or soon behind it. False when the update was too
-  // quick.
-  [[nodiscard]] bool HaltAtReport(const std::string& package, size_t report, size_t last) {
-    constexpr size_t kClearlyBefore = 50;
-    UpdateUntilReport(package, report);
-    keyboard->Signal(SIGSTOP);
-    return CountInRecord("write ") + kClearlyBefore < last;
-  }
-  [[nodiscard]] bool UpdateIsHaltedAt(size_t report, size_t last) {
-    constexpr int kAttempts = 10;
-    for (int attempt = 0; attempt < kAttempts; attempt++) {
-      PlugInKeyboard(GetParam());
-      if (HaltAtReport(PackageOf(GetParam()), report, last)) return true;
-      window.reset();
-    }
-    return false;
+  void HaltAtReport(size_t report) {
+    PlugInKeyboard(GetParam(), "hold", report);
+    StartWindowWith(PackageOf(GetParam()));
+    PressUpdate();
+    ASSERT_TRUE(keyboard->AwaitHalt());
   }
 };
 
 TEST_P(ClosePointsTest, WindowIsOnlyHiddenAndTheUpdateFinishes) {
-  const size_t last = ReportsOf(GetParam());
-  for (const size_t point : PointsUpTo(last / 2)) {
+  for (const size_t point : PointsUpTo(ReportsOf(GetParam()))) {
     SCOPED_TRACE(point);
-    ASSERT_TRUE(UpdateIsHaltedAt(point, last));
+    ASSERT_NO_FATAL_FAILURE(HaltAtReport(point));
     desktop.Close(caption);
     EXPECT_TRUE(EventuallyAtLast([this] { return !desktop.Shows(caption); }));
     keyboard->Signal(SIGCONT);

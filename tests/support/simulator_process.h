@@ -36,6 +36,7 @@ class SimulatorProcess {
   explicit SimulatorProcess(const SimulatedBus& bus, const std::vector<std::string>& options = {});
 
   void Signal(int signal) const { process.Signal(signal); }
+  [[nodiscard]] bool AwaitHalt() const { return process.AwaitHalt(); }
 
  private:
   Subprocess process;

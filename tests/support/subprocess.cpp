@@ -148,6 +148,12 @@ void Subprocess::Signal(int signal) const {
   if (process > 0) kill(process, signal);
 }
 
+bool Subprocess::AwaitHalt() const {
+  siginfo_t info = {};
+  const int waited = waitid(P_PID, static_cast<id_t>(process), &info, WSTOPPED | WEXITED | WNOWAIT);
+  return waited == 0 && info.si_code == CLD_STOPPED;
+}
+
 bool Subprocess::ReadSome() {
   std::array<pollfd, 2> files = {{{.fd = out.file, .events = POLLIN, .revents = 0},
                                   {.fd = err.file, .events = POLLIN, .revents = 0}}};

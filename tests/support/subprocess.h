@@ -32,6 +32,8 @@ class Subprocess {
   int Wait();
 
   void Signal(int signal) const;
+  // Waits until the program has halted. False when it ended instead.
+  [[nodiscard]] bool AwaitHalt() const;
 
   // What has been read so far. On a terminal all of it is in Out().
   [[nodiscard]] const std::string& Out() const { return out.text; }

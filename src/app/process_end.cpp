@@ -30,7 +30,10 @@ void PrepareForSuddenEnd(MainWindow& window) {
   static_cast<void>(std::atexit(EndSuddenly));
 }
 
+// A package that waited for a dialog may have been opened when the dialog went, behind the
+// quitting.
 int Leave(int code) {
+  if (suddenlyLeft != nullptr) suddenlyLeft->RemoveTempFile();
   suddenlyLeft = nullptr;
   LeaveAtOnceIfThereWasAWorker(code);
   return code;

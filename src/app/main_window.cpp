@@ -109,7 +109,7 @@ void MainWindow::SetCaption(const std::string& caption) {
 }
 
 void MainWindow::OpenDat() {
-  if (isUpdating) return;
+  if (isUpdating || isChoosing) return;
   const QPointer<MainWindow> self(this);
   isChoosing = true;
   const std::string path = ChoosePackage();
@@ -186,7 +186,11 @@ void MainWindow::UpdateDevice() {
   if (isUpdating) return;
   isUpdating = true;
   ShowUpdating(datFile.TotalStepCount());
-  emit UpdateStarted();
+  StartWorker();
+  emit UpdateStarted();  // who hears it may take its time
+}
+
+void MainWindow::StartWorker() {
   const QPointer<MainWindow> self(this);
   QObject& relay = Relay();
   liveWorkers++;

@@ -68,7 +68,8 @@ class MainWindow : public QMainWindow {
   // Shows the window above the others, hidden or minimised as it may be.
   void BringToFront();
   // What is done when keyboards may have come or gone: the same as by Refresh, whenever that could
-  // be pressed. What comes while an alert is up waits for its end.
+  // be pressed. What comes while an alert is up waits for its end, but for the alert at the end of
+  // an update, under which Refresh is off.
   void DevicesMayHaveChanged();
   // What the window shows at the start of an update of so many steps.
   void ShowUpdating(int stepCount);
@@ -164,6 +165,7 @@ class MainWindow : public QMainWindow {
   void ShowDeviceStatus(const QString& text, Stage newStage);
   void ResetProgress();
   void ShowRunningNote();
+  void StartWorker();
   void FinishUpdating(const Alert& alert);
 
   StepCard* packageCard = nullptr;

@@ -199,6 +199,12 @@ TEST_F(WindowOpenTest, AnotherPackageReplacesWhatIsShown) {
   EXPECT_EQ(Version(), "V2");
 }
 
+TEST_F(WindowOpenTest, SecondPressOnOpenOpensNoPanelOverTheFirst) {
+  window->duringDialog = [this] { window->OpenDat(); };
+  Open("");
+  EXPECT_EQ(window->panelCount, 1);
+}
+
 TEST_F(WindowOpenTest, PackageGivenByPathTakesTheSameSteps) {
   hidapi.deviceCount = 1;
   window->OpenDatAtPath(folder.Write("given.dat", MakePackage()));

@@ -28,8 +28,8 @@ void WriteAll(const Descriptor& file, ByteView bytes) {
 // Why the file behind `file` must not be written to; null when it may be.
 const char* ReasonNotOurs(const Descriptor& file) {
   struct stat status = {};
-  if (fstat(file.number, &status) != 0 || !S_ISREG(status.st_mode))
-    return "it is not a regular file";
+  if (fstat(file.number, &status) != 0) return "its state cannot be read";
+  if (!S_ISREG(status.st_mode)) return "it is not a regular file";
   if (status.st_uid != geteuid()) return "it belongs to another user";
   if (status.st_nlink != 1) return "it has more than one name";
   return nullptr;

@@ -46,13 +46,21 @@ bool HoldsPack(const AXUpdate& updater, ByteView file, const PackHeader& header)
          IsSame(image, RegionBytes(file, address, length));
 }
 
+// A temporary file that has become larger than both regions is none of them, and is not read.
+FileReader ReaderOf(const PackHeader& header) {
+  return [most = std::max(header.config.length, header.data.length)](const std::string& path,
+                                                                     FileContents& contents) {
+    return ReadWholeFile(path, contents, most);
+  };
+}
+
 LoadVerdict LoadPack(ByteView file, const PackageHeaders& headers, size_t pack,
                      const LoadSetup& setup, std::unique_ptr<AXUpdate>& updater) {
   const PackHeader& header = headers.packs[pack];
   updater = MakeUpdater(header.dataType, setup.packs[pack]);
   if (!updater) return {.defect = LoadDefect::kDataType, .pack = pack};
   updater->observer = setup.observer;
-  if (setup.readFile) updater->readFile = setup.readFile;
+  updater->readFile = setup.readFile ? setup.readFile : ReaderOf(header);
   if (!updater->LoadFiles()) {
     return {.defect = LoadDefect::kRefused, .pack = pack, .refusal = updater->refusal};
   }

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,7 @@ struct PointUpdate {
   const char* chip;         // as the simulator's options name it
   size_t place;             // of the image in the chip
 };
+inline void PrintTo(const PointUpdate& update, std::ostream* out) { *out << update.dataType; }
 inline constexpr PointUpdate kPointUpdates[] = {
     {"A1", "a1.ini", "a1", 0}, {"A2", "a2-buffer.ini", "a2", 0}, {"C1", "c1.ini", "c1", 0x10000}};
 

@@ -205,10 +205,12 @@ void Play(const Race& race, unsigned seed, Report& report) {
   ChildProcess user([&] { ExamineAgainAndAgain(program, seed, report); });
   const std::string end = user.Await();
   report.rounds = *rounds;
+  const bool isSwapping = Eventually([&] { return *rounds > report.rounds; });
   swapper.Kill();
   static_cast<void>(swapper.Await());
   for (const char* path : kTempFiles) RemoveLeftovers(path);
   if (!end.empty()) throw std::runtime_error(end + user.Output());
+  if (!isSwapping) throw std::runtime_error("nobody swapped to the end");
   if (SnapshotOf(scene) != others) throw std::runtime_error("a file of others was changed");
 }
 

@@ -94,8 +94,6 @@ std::unique_ptr<DeviceEvents> FolderEvents(const std::string& folder) {
 
 DeviceWatcher::DeviceWatcher(std::unique_ptr<DeviceEvents> eventSource, QObject* parent)
     : QObject(parent), events(std::move(eventSource)) {
-  quiet.setObjectName("quiet");
-  look.setObjectName("look");
   quiet.setSingleShot(true);
   connect(&quiet, &QTimer::timeout, this, &DeviceWatcher::DevicesChanged);
   if (events->Descriptor() < 0) {

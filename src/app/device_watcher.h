@@ -49,7 +49,7 @@ class DeviceWatcher : public QObject {
 
   std::unique_ptr<DeviceEvents> events;
   std::unique_ptr<QSocketNotifier> notifier;  // goes before what it listens to
-  QTimer quiet{this}, look{this};             // children by these names, for those who test them
+  QTimer quiet{this}, look{this};
 };
 
 }  // namespace hollin

@@ -72,6 +72,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 [[noreturn]] void Become(char* const* command, char* const* environment, const Streams& streams,
                          bool onTerminal) {
   setsid();
+  for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) signal(number, SIG_DFL);
   if (onTerminal) ioctl(streams.in, TIOCSCTTY, 0);
   dup2(streams.in, STDIN_FILENO);
   dup2(streams.out, STDOUT_FILENO);

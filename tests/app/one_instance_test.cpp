@@ -239,7 +239,7 @@ TEST_F(OneInstanceTest, APackageThatComesDuringAnAlertIsOpenedAfterIt) {
   ExpectQuit(*first);
 }
 
-TEST_F(OneInstanceTest, ABusThatDoesNotAnswerIsLikeNone) {
+TEST_F(OneInstanceTest, ABusThatIsNotThereIsLikeNone) {
   more = {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.Path("nowhere")}};
   const Program first = Run({kHollin});
   EXPECT_TRUE(Eventually([this] { return desktop.Shows(kCaption); }));

@@ -288,7 +288,7 @@ TEST_F(WindowUpdateTest, WindowGoneDuringTheFinalAlertIsLeftAlone) {
   window->duringDialog = [this] { window.reset(); };
   window->UpdateDevice();
   EXPECT_TRUE(Await([this] { return window == nullptr; }));
-  EXPECT_FALSE(MainWindow::IsWorkerAlive());
+  EXPECT_TRUE(Await([] { return !MainWindow::IsWorkerAlive(); }));
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ TEST_F(WindowWorkerTest, WindowThatGoesWhileNumbersComeIsLeftAlone) {
   DatFileExamine record = std::move(window->datFile);
   const QPointer<MainWindow> shown(window.get());
   std::thread worker([&] { MainWindow::ThreadUpdate(record, application, shown); });
-  EXPECT_TRUE(QTest::qWaitFor([this] { return window->progressStatus->value() > 0; }));
+  EXPECT_TRUE(Await([this] { return window->progressStatus->value() > 0; }));
   window.reset();
   worker.join();
   QApplication::sendPostedEvents();

@@ -238,11 +238,11 @@ class A2ManySectorsTest : public A2UpdateStepsTest {
 TEST_F(A2ManySectorsTest, AreAllVerifiedButTheReservedOnes) { VerifySectors(65536); }
 
 // 16 times as much to do; looking every sector up in a list from its beginning takes 256 times as
-// long.
+// long. What the machine does meanwhile makes no difference of six.
 TEST_F(A2ManySectorsTest, CostAsMuchEachAsFewDo) {
   const auto few = ProcessorTimeOf([this] { VerifySectors(4096); });
   const auto many = ProcessorTimeOf([this] { VerifySectors(65536); });
-  EXPECT_LT(many, few * 32);
+  EXPECT_LT(many, few * 100);
 }
 
 }  // namespace

@@ -19,7 +19,7 @@
 namespace hollin::faults {
 namespace {
 
-constexpr int kLongestRun = 600'000;       // ms
+constexpr int kLongestRun = 600'000;        // ms
 constexpr rlim_t kMostProcessorTime = 300;  // s
 constexpr int kThrew = 99;
 

@@ -169,6 +169,7 @@ void MainWindow::ShowDeviceStatus(const QString& text, Stage newStage) {
   deviceNote->setVisible(newStage == Stage::kReady &&
                          IsAccessDenied(HidDevice::vendorId, HidDevice::productId));
   textFieldDeviceStatus->setText(text);
+  textFieldDeviceStatus->setAccessibleDescription({});
   buttonUpdate->setEnabled(newStage == Stage::kReady);
   ShowStage(datFile.IsFileReady() ? newStage : Stage::kPackageRefused);
 }

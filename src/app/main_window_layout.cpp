@@ -70,6 +70,7 @@ QLineEdit* MakePathField(const QString& accessibleName, const QString& placehold
   field->setFocusPolicy(Qt::ClickFocus);
   field->setAccessibleName(accessibleName);
   field->setPlaceholderText(placeholder);
+  field->setAccessibleDescription(placeholder);
   field->setTextMargins(-2, 0, 0, 0);  // in line with the texts around it
   return field;
 }
@@ -145,7 +146,9 @@ QWidget* MainWindow::MakePackageCard() {
 QWidget* MainWindow::MakeKeyboardCard() {
   buttonRefresh = new QPushButton(tr("Refresh"));
   auto* const status = Scaled(new TextLabel(kStatusLines), 1.05);
-  status->SetPlaceholder(tr("Comes after the package, which says how to switch the keyboard on."));
+  const QString hint = tr("Comes after the package, which says how to switch the keyboard on.");
+  status->SetPlaceholder(hint);
+  status->setAccessibleDescription(hint);  // until there is a status
   textFieldDeviceStatus = status;
   keyboardCard = new StepCard(2, tr("Connect the keyboard"), buttonRefresh);
   keyboardCard->Add(status);

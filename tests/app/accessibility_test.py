@@ -45,6 +45,9 @@ CONTROLS = [
     ("menu item", "File"), ("menu item", "Edit"), ("menu item", "Keyboard"), ("menu item", "Help"),
 ]
 
+HINTS = ["Press Open, or drop an update package here.",
+         "Comes after the package, which says how to switch the keyboard on."]
+
 BIN, STANDIN = sys.argv[1:3]
 events = []
 
@@ -137,6 +140,9 @@ def check_controls():
     seen = [(node.getRoleName(), node.name) for node in all_below(window(CAPTION)) if showing(node)]
     controls = [control for control in seen if control != ("filler", "")]
     assert controls == CONTROLS, controls
+    hints = [node.description for node in all_below(window(CAPTION)) if showing(node)]
+    for hint in HINTS:
+        assert hint in hints, hints
     button = pyatspi.ROLE_PUSH_BUTTON
     assert is_enabled(await_element(button, "Open"))
     assert not is_enabled(await_element(button, "Refresh"))

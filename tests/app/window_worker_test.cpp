@@ -134,5 +134,23 @@ TEST_F(WindowWorkerTest, SignalsDoNotInterruptAReadOfTheWorker) {
   close(ends[1]);
 }
 
+TEST_F(WindowWorkerTest, UpdateWithoutAThreadFailsAndGivesTheButtonsBack) {
+  constexpr size_t kNoRoom = size_t{1} << 47;  // for a stack
+  UseFakeUpdate(1);
+  pthread_attr_t usual;
+  pthread_attr_t huge;
+  ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
+  ASSERT_EQ(pthread_attr_init(&huge), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&huge, kNoRoom), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
+  window->UpdateDevice();
+  ASSERT_EQ(pthread_setattr_default_np(&usual), 0);
+  AwaitEndOfUpdate();
+  EXPECT_EQ(AlertText(), "Update Error!");
+  EXPECT_TRUE(hidapi.writes.empty());
+  EXPECT_EQ(ButtonStates(), kFinished);
+  EXPECT_FALSE(MainWindow::IsWorkerAlive());
+}
+
 }  // namespace
 }  // namespace hollin

@@ -76,6 +76,9 @@ def eventually(find, what):
 
 
 def all_below(node):
+    """The node and what lies in it; nothing where there is none (yet)."""
+    if node is None:
+        return
     yield node
     for child in list(node):
         if child is not None:

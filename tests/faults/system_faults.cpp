@@ -102,6 +102,11 @@ long Status(int folder, const char* path, struct stat* status, int flags) {
   return syscall(SYS_newfstatat, folder, path, status, flags);
 }
 
+// Of a file to be made; only such a call has one.
+mode_t ModeIn(va_list arguments, int flags) {
+  return (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+}
+
 }  // namespace
 
 SystemFaults& Faults() {
@@ -146,24 +151,18 @@ void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept { F
 extern "C" {
 
 int open(const char* path, int flags, ...) {
-  mode_t mode = 0;
-  if ((flags & O_CREAT) != 0) {
-    va_list arguments;
-    va_start(arguments, flags);
-    mode = va_arg(arguments, mode_t);
-    va_end(arguments);
-  }
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = ModeIn(arguments, flags);
+  va_end(arguments);
   return CallOrFail(Call::kOpen, [&] { return syscall(SYS_openat, AT_FDCWD, path, flags, mode); });
 }
 
 int openat(int folder, const char* path, int flags, ...) {
-  mode_t mode = 0;
-  if ((flags & O_CREAT) != 0) {
-    va_list arguments;
-    va_start(arguments, flags);
-    mode = va_arg(arguments, mode_t);
-    va_end(arguments);
-  }
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = ModeIn(arguments, flags);
+  va_end(arguments);
   return CallOrFail(Call::kOpen, [&] { return syscall(SYS_openat, folder, path, flags, mode); });
 }
 

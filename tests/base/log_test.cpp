@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,26 @@ class RedirectedError {
 
  private:
   int before;
+};
+
+// A terminal with both its ends: what a program writes to the screen is read from its keeper.
+struct Terminal {
+  Terminal() : keeper(posix_openpt(O_RDWR | O_NOCTTY)) {
+    if (keeper < 0 || grantpt(keeper) != 0 || unlockpt(keeper) != 0) {
+      throw std::runtime_error("no terminal");
+    }
+    screen = open(ptsname(keeper), O_RDWR | O_NOCTTY);
+    if (screen < 0) throw std::runtime_error("no screen");
+  }
+  ~Terminal() {
+    close(screen);
+    close(keeper);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  int keeper;
+  int screen = -1;
 };
 
 class LogTest : public ::testing::Test {
@@ -88,34 +109,20 @@ TEST_F(LogTest, AnEmptyFunctionBringsTheSystemLogBack) {
 }
 
 TEST_F(LogTest, ATerminalOnStandardErrorGetsTheLineToo) {
-  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_GE(terminal, 0);
-  ASSERT_EQ(grantpt(terminal), 0);
-  ASSERT_EQ(unlockpt(terminal), 0);
-  const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY);
-  ASSERT_GE(screen, 0);
-  EXPECT_EQ(ErrorOutput(screen, terminal, "step\n5"), "step\\x0A5\r\n");
+  const Terminal terminal;
+  EXPECT_EQ(ErrorOutput(terminal.screen, terminal.keeper, "step\n5"), "step\\x0A5\r\n");
   EXPECT_THAT(Calls().logLines, ElementsAre("step\\x0A5"));
-  close(screen);
-  close(terminal);
 }
 
 // As after Ctrl-S, or on a terminal program that hangs.
 TEST_F(LogTest, ATerminalThatNobodyReadsHoldsNothingUp) {
   constexpr size_t kLines = 5000;  // more than any terminal keeps
-  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_GE(terminal, 0);
-  ASSERT_EQ(grantpt(terminal), 0);
-  ASSERT_EQ(unlockpt(terminal), 0);
-  const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY);
-  ASSERT_GE(screen, 0);
+  const Terminal terminal;
   {
-    const RedirectedError redirected(screen);
+    const RedirectedError redirected(terminal.screen);
     for (size_t i = 0; i < kLines; i++) Log(std::string(99, 'x'));
   }
   EXPECT_EQ(Calls().logLines.size(), kLines);
-  close(screen);
-  close(terminal);
 }
 
 // A full pipe would block the writer.

@@ -111,6 +111,21 @@ TEST_F(UpdaterCreationTest, AFileSwappedBeforeItIsLoadedMakesTheExaminationFalse
   }
 }
 
+// A giant in its place would take as much memory as it claims to be long.
+TEST_F(UpdaterCreationTest, AFileLargerThanBothRegionsIsNotRead) {
+  Scripted().load = [](A1Update& updater) {
+    const auto most = std::max(std::filesystem::file_size(updater.configPath),
+                               std::filesystem::file_size(updater.imagePath));
+    FileContents contents;
+    std::filesystem::resize_file(updater.imagePath, most);
+    EXPECT_TRUE(updater.readFile(updater.imagePath, contents));
+    std::filesystem::resize_file(updater.imagePath, most + 1);
+    EXPECT_FALSE(updater.readFile(updater.imagePath, contents));
+    return LoadHonestly(updater);
+  };
+  EXPECT_FALSE(Examine(OnePackPackage()));
+}
+
 TEST_F(UpdaterCreationTest, AFileCutShortOrGrownBeforeItIsLoadedMakesTheExaminationFalse) {
   for (const char* swapped : {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN"}) {
     for (const int difference : {-1, 1}) {

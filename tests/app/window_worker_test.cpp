@@ -134,6 +134,19 @@ TEST_F(WindowWorkerTest, SignalsDoNotInterruptAReadOfTheWorker) {
   close(ends[1]);
 }
 
+// Whoever hears of it may take long, such as a bus that does not answer.
+TEST_F(WindowWorkerTest, UpdateRunsBeforeAnybodyIsToldOfItsStart) {
+  HeldPause pauses;
+  UseFakeUpdate(1);
+  bool isRunning = false;
+  QObject::connect(window.get(), &MainWindow::UpdateStarted,
+                   [&] { isRunning = MainWindow::IsWorkerAlive(); });
+  window->UpdateDevice();
+  EXPECT_TRUE(isRunning);
+  pauses.Release();
+  AwaitEndOfUpdate();
+}
+
 TEST_F(WindowWorkerTest, UpdateWithoutAThreadFailsAndGivesTheButtonsBack) {
   constexpr size_t kNoRoom = size_t{1} << 47;  // for a stack
   UseFakeUpdate(1);

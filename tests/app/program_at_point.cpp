@@ -22,8 +22,6 @@ constexpr size_t kAllPoints = 100;
 constexpr size_t kImageSize = 20000;
 constexpr size_t kChipSize = 0x100000;
 constexpr size_t kSector = 0x10000;
-constexpr const char* kTempFiles[] = {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN", "/tmp/TEMP2.INI",
-                                      "/tmp/TEMP2.BIN"};
 
 std::string Given(const char* name, const std::string& otherwise) {
   const char* const value = std::getenv(name);
@@ -49,9 +47,7 @@ bool EventuallyAtLast(const std::function<bool()>& isTrue) {
   return false;
 }
 
-ProgramAtPointTest::ProgramAtPointTest() : image(Counting(kImageSize, 7)) {
-  for (const char* path : kTempFiles) std::filesystem::remove(path);
-}
+ProgramAtPointTest::ProgramAtPointTest() : image(Counting(kImageSize, 7)) {}
 
 void ProgramAtPointTest::TearDown() {
   if (times.empty()) return;
@@ -194,12 +190,6 @@ void ProgramAtPointTest::ExpectFlashHoldsImage(const PointUpdate& update) const 
     expected.resize(image.size());
   }
   EXPECT_TRUE(flash == expected);
-}
-
-bool ProgramAtPointTest::TempFilesExist() {
-  return std::ranges::any_of(kTempFiles, [](const char* path) {
-    return std::filesystem::exists(std::filesystem::symlink_status(path));
-  });
 }
 
 }  // namespace hollin

@@ -22,6 +22,7 @@
 #include "tests/app/desktop.h"
 #include "tests/app/system_bus.h"
 #include "tests/support/simulator_process.h"
+#include "tests/support/temp_files.h"
 #include "tests/support/temp_folder.h"
 
 namespace hollin {
@@ -74,8 +75,8 @@ class ProgramAtPointTest : public ::testing::Test {
   // better, and takes the temporary files along.
   void ExpectGone(const std::function<void()>& act, int code = 0);
   void ExpectFlashHoldsImage(const PointUpdate& update) const;
-  [[nodiscard]] static bool TempFilesExist();
 
+  const NoTempFiles noTempFiles;
   const Bytes image;
   const std::string caption = "Varnholt TS30 Firmware Update V2.0.0";
   TempFolder folder;

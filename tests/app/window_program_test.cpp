@@ -13,10 +13,10 @@
 #include "package/package_writer.h"
 #include "tests/app/desktop.h"
 #include "tests/app/system_bus.h"
-#include "tests/app/temp_files.h"
 #include "tests/support/eventually.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/simulator_process.h"
+#include "tests/support/temp_files.h"
 #include "tests/support/temp_folder.h"
 
 namespace hollin {

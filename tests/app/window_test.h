@@ -27,11 +27,11 @@
 #include "base/pause.h"
 #include "tests/app/sample_package.h"
 #include "tests/app/settle.h"
-#include "tests/app/temp_files.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/link_test.h"
 #include "tests/support/recorded_log.h"
 #include "tests/support/recorded_pause.h"
+#include "tests/support/temp_files.h"
 #include "tests/support/temp_folder.h"
 
 namespace hollin {

@@ -9,6 +9,7 @@
 #include "base/bytes.h"
 #include "simulator/in_process_hidapi.h"
 #include "tests/campaign/reference_updates.h"
+#include "tests/support/temp_files.h"
 #include "tests/support/temp_folder.h"
 
 namespace hollin::faults {
@@ -48,8 +49,5 @@ class WholeProgram {
   simulator::InProcessHidapi& hidapi = simulator::InProcessHidapi::Instance();
   simulator::Keyboard* keyboard = nullptr;
 };
-
-inline constexpr std::array<const char*, 4> kTempFiles = {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN",
-                                                          "/tmp/TEMP2.INI", "/tmp/TEMP2.BIN"};
 
 }  // namespace hollin::faults

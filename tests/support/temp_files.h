@@ -5,16 +5,15 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <string>
 #include <system_error>
 
 namespace hollin {
 
-inline const std::array<std::string, 4> kTempFiles = {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN",
-                                                      "/tmp/TEMP2.INI", "/tmp/TEMP2.BIN"};
+inline constexpr std::array<const char*, 4> kTempFiles = {"/tmp/TEMP1.INI", "/tmp/TEMP1.BIN",
+                                                          "/tmp/TEMP2.INI", "/tmp/TEMP2.BIN"};
 
 [[nodiscard]] inline bool TempFilesExist() {
-  return std::ranges::any_of(kTempFiles, [](const std::string& path) {
+  return std::ranges::any_of(kTempFiles, [](const char* path) {
     return std::filesystem::exists(std::filesystem::symlink_status(path));
   });
 }
@@ -30,7 +29,7 @@ class NoTempFiles {
  private:
   static void Remove() {
     std::error_code ignored;
-    for (const std::string& path : kTempFiles) std::filesystem::remove(path, ignored);
+    for (const char* path : kTempFiles) std::filesystem::remove(path, ignored);
   }
 };
 

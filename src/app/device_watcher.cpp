@@ -20,9 +20,9 @@ struct Unref {
 template <typename Object>
 using Owned = std::unique_ptr<Object, Unref>;
 
-Owned<udev_monitor> StartMonitor(udev* context) {
+Owned<udev_monitor> StartMonitor(udev* context, const char* teller) {
   if (context == nullptr) return nullptr;
-  Owned<udev_monitor> monitor(udev_monitor_new_from_netlink(context, "udev"));
+  Owned<udev_monitor> monitor(udev_monitor_new_from_netlink(context, teller));
   if (monitor == nullptr ||
       udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "hidraw", nullptr) < 0 ||
       udev_monitor_enable_receiving(monitor.get()) < 0) {
@@ -31,12 +31,19 @@ Owned<udev_monitor> StartMonitor(udev* context) {
   return monitor;
 }
 
-// A monitor can be had without it too, but tells nothing then.
+// A monitor can be had of either, but tells nothing where that one does not speak.
 bool IsUdevRunning() { return access("/run/udev/control", F_OK) == 0; }
+
+// The kernel leaves the user namespaces out that sandboxes make; the first one has a fixed number.
+bool DoesKernelTell() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/ns/user", error) == "user:[4026531837]";
+}
 
 class UdevMonitorEvents : public DeviceEvents {
  public:
-  UdevMonitorEvents() : context(udev_new()), monitor(StartMonitor(context.get())) {}
+  explicit UdevMonitorEvents(const char* teller)
+      : context(udev_new()), monitor(StartMonitor(context.get(), teller)) {}
 
   [[nodiscard]] bool IsWorking() const { return monitor != nullptr; }
   [[nodiscard]] int Descriptor() const override { return udev_monitor_get_fd(monitor.get()); }
@@ -82,9 +89,10 @@ class ListedEvents : public DeviceEvents {
 
 }  // namespace
 
-std::unique_ptr<DeviceEvents> UdevEvents() {
-  if (!IsUdevRunning()) return nullptr;
-  auto events = std::make_unique<UdevMonitorEvents>();
+std::unique_ptr<DeviceEvents> MonitorEvents() {
+  const bool isUdevRunning = IsUdevRunning();
+  if (!isUdevRunning && !DoesKernelTell()) return nullptr;
+  auto events = std::make_unique<UdevMonitorEvents>(isUdevRunning ? "udev" : "kernel");
   return events->IsWorking() ? std::move(events) : nullptr;
 }
 

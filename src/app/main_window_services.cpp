@@ -12,7 +12,7 @@ namespace hollin {
 namespace {
 
 std::unique_ptr<DeviceEvents> Events() {
-  auto events = UdevEvents();
+  auto events = MonitorEvents();
   return events ? std::move(events) : FolderEvents("/sys/class/hidraw");
 }
 

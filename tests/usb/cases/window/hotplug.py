@@ -4,10 +4,18 @@ from flashes import A1
 from keyboard import Keyboard
 from programs import COMPLETED, CONNECTED, MORE_THAN_ONE, NOT_CONNECTED, ProgramTest, held, make_package
 from udevd import Udevd
-from window import shared_window
+from window import Window, end_shared_window, shared_window
 
 
 class HotplugTest(ProgramTest):
+    @classmethod
+    def setUpClass(cls):
+        end_shared_window()  # a window chooses at its start whom it hears
+
+    @classmethod
+    def tearDownClass(cls):
+        end_shared_window()
+
     def setUp(self):
         self.addCleanup(Udevd().stop)  # it is udevd that tells programs of devices
         self.flash = A1()
@@ -45,3 +53,14 @@ class HotplugTest(ProgramTest):
                 window.dismiss_alert()
                 self.assertEqual(second.said("command"), [])
             self.assert_written(first, self.flash)
+
+
+class HotplugWithoutUdevTest(ProgramTest):
+    def test_the_kernel_itself_tells_of_what_comes_and_goes(self):
+        end_shared_window()
+        flash = A1()
+        with Window(make_package(flash)) as window:
+            window.wait_for_status(NOT_CONNECTED)
+            with Keyboard(flashes=[flash]):
+                window.wait_for_status(CONNECTED)
+            window.wait_for_status(NOT_CONNECTED)

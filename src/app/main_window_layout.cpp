@@ -54,7 +54,7 @@ TextLabel* MakeText(const QString& text) {
 TextLabel* AddField(QGridLayout& fields, int column, const QString& caption) {
   auto* const value = new TextLabel;
   value->SetPlaceholder(QStringLiteral("–"));
-  auto* const name = Quiet(Scaled(new QLabel(caption), 0.9));
+  auto* const name = Quiet(new QLabel(caption));
   name->setBuddy(value);
   fields.addWidget(name, 0, column);
   fields.addWidget(value, 1, column);
@@ -145,7 +145,7 @@ QWidget* MainWindow::MakePackageCard() {
 
 QWidget* MainWindow::MakeKeyboardCard() {
   buttonRefresh = new QPushButton(tr("Refresh"));
-  auto* const status = Scaled(new TextLabel(kStatusLines), 1.05);
+  auto* const status = new TextLabel(kStatusLines);
   const QString hint = tr("Comes after the package, which says how to switch the keyboard on.");
   status->SetPlaceholder(hint);
   status->setAccessibleDescription(hint);  // until there is a status

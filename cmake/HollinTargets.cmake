@@ -17,6 +17,10 @@ if(HOLLIN_SANITIZE)
   add_compile_options(-fsanitize=${HOLLIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${HOLLIN_SANITIZE})
 endif()
+if(HOLLIN_SANITIZE STREQUAL "thread")
+  target_sources(hollin_options INTERFACE
+    "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${PROJECT_SOURCE_DIR}/tests/support/clocklock.cpp>")
+endif()
 
 # A static library of the project: hollin_library(name SOURCES a.cpp b.cpp [PUBLIC libraries] [PRIVATE libraries])
 function(hollin_library name)

@@ -12,8 +12,9 @@
 
 #include "tests/base/file_test.h"
 
-// The sanitizer would take an allocation that is meant to fail for a bug.
+// The sanitizers would take an allocation that is meant to fail for a bug.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1"; }
 
 namespace hollin {
 namespace {

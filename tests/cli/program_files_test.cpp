@@ -28,10 +28,11 @@ TEST_F(ProgramFilesTest, UsageErrorsHaveOneExitCode) {
 }
 
 TEST_F(ProgramFilesTest, NeedsNoLibraryBeyondTheSystemsOwnAndHidapi) {
-  // The last two are the sanitizers' own, where the build has them.
-  const std::vector<std::string> allowed = {"linux-vdso",        "ld-linux", "libc.",    "libm.",
-                                            "libstdc++",         "libgcc_s", "libudev.", "libcap.",
-                                            "libhidapi-hidraw.", "libasan.", "libubsan."};
+  // The last three are the sanitizers' own, where the build has them.
+  const std::vector<std::string> allowed = {"linux-vdso", "ld-linux",  "libc.",
+                                            "libm.",      "libstdc++", "libgcc_s",
+                                            "libudev.",   "libcap.",   "libhidapi-hidraw.",
+                                            "libasan.",   "libubsan.", "libtsan."};
   Subprocess ldd({.command = {"/usr/bin/ldd", HOLLIN_BIN_DIR "/hollin-cli"}});
   ASSERT_EQ(ldd.Wait(), 0);
   std::istringstream lines(ldd.Out());

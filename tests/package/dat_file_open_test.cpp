@@ -109,6 +109,8 @@ TEST_F(DatFileOpenTest, AGiantThatFitsNoMemoryIsRefused) {
 }  // namespace
 }  // namespace hollin
 
-// The giant is to be refused by the program, not by the checker of its memory.
+// The giant is to be refused by the program, not by the checker of its memory or threads.
 extern "C" const char* __asan_default_options();
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" const char* __tsan_default_options();
+extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1"; }

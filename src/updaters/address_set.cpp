@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
-#include <span>
 #include <utility>
 
 namespace hollin {
@@ -13,29 +12,25 @@ namespace {
 constexpr size_t kFewAddresses = 4096;  // as many as are gathered at least before they are sorted
 constexpr size_t kGrowth = 8;           // so often as many as there were are gathered next
 constexpr size_t kRecent = 4096;        // a power of two
-constexpr size_t kQuicklySorted = 100;
-constexpr int kTopShift = 24;
+constexpr size_t kQuicklySorted = 1000;
 
-size_t PartOf(uint32_t address, int shift) { return address >> shift & 0xFF; }
+// By the lowest byte, then by each higher one, which leaves what is equal in its order: in time
+// that grows with the number of addresses alone, in whatever order a package has them. The even
+// number of passes ends in the memory it began in, which may have more room.
+void SortByBytes(std::vector<uint32_t>& addresses) {
+  std::vector<uint32_t> others(addresses.size());
+  for (const int shift : {0, 8, 16, 24}) {
+    std::array<size_t, 257> places{};
+    for (const uint32_t address : addresses) places[(address >> shift & 0xFF) + 1]++;
+    std::partial_sum(places.begin(), places.end(), places.begin());
+    for (const uint32_t address : addresses) others[places[address >> shift & 0xFF]++] = address;
+    addresses.swap(others);
+  }
+}
 
-// By the highest byte, then each part by the next: in place, and in time that grows with the number
-// of addresses alone, in whatever order a package has them.
-void Sort(std::span<uint32_t> addresses, int shift) {
-  if (addresses.size() <= kQuicklySorted) return std::sort(addresses.begin(), addresses.end());
-  std::array<size_t, 257> starts{};
-  for (const uint32_t address : addresses) starts[PartOf(address, shift) + 1]++;
-  std::partial_sum(starts.begin(), starts.end(), starts.begin());
-  auto next = starts;
-  for (size_t part = 0; part < 256; part++) {
-    while (next[part] < starts[part + 1]) {
-      uint32_t& address = addresses[next[part]];
-      std::swap(address, addresses[next[PartOf(address, shift)]++]);
-    }
-  }
-  if (shift == 0) return;
-  for (size_t part = 0; part < 256; part++) {
-    Sort(addresses.subspan(starts[part], starts[part + 1] - starts[part]), shift - 8);
-  }
+void Sort(std::vector<uint32_t>& addresses) {
+  if (addresses.size() > kQuicklySorted) return SortByBytes(addresses);
+  std::sort(addresses.begin(), addresses.end());
 }
 
 // Remembers some addresses that were asked for lately: enough to tell most duplicates.
@@ -79,7 +74,7 @@ bool AddressSet::Contains(uint32_t address) const {
 }
 
 void AddressSet::SortOut() {
-  if (!std::is_sorted(addresses.begin(), addresses.end())) Sort(addresses, kTopShift);
+  if (!std::is_sorted(addresses.begin(), addresses.end())) Sort(addresses);
   addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
 }
 

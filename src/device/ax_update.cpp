@@ -126,12 +126,15 @@ uint32_t AXUpdate::ByteSum(const uint8_t* data, int32_t length) {
 }
 
 bool AXUpdate::ParseNumber(std::string_view text, uint32_t& value) {
-  return text.size() == 1 ? ParseDigit(text.front(), value) : ParseTrimmed(text, value);
+  if (text.size() == 1) return ParseDigit(text.front(), value);
+  if (!IsValidUtf8(text)) return false;
+  const std::string_view number = Trim(text);
+  return number.size() > 1 && ParseTrimmed(number, value);
 }
 
 bool AXUpdate::ParseTrimmed(std::string_view text, uint32_t& value) {
-  if (text.empty() || !IsValidUtf8(text)) return false;
-  std::string_view number = Trim(text);
+  if (text.size() == 1) return ParseDigit(text.front(), value);
+  std::string_view number = text;
   if (!HasTwoCharacters(number)) return false;
   const bool hasPrefix = number[0] == '0' && (number[1] | 0x20) == 'x';
   const bool hasSuffix = (number.back() | 0x20) == 'h';

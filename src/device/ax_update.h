@@ -76,6 +76,8 @@ class AXUpdate {
   // with K or M. Arithmetic wraps at 32 bits. docs/flash-descriptions.md has the whole syntax.
   // `value` may be changed even when the answer is false.
   [[nodiscard]] static bool ParseNumber(std::string_view text, uint32_t& value);
+  // The same of a text that is known to be UTF-8 without blanks at its ends.
+  [[nodiscard]] static bool ParseTrimmed(std::string_view text, uint32_t& value);
   [[nodiscard]] static bool ParseHex(std::string_view digits, uint32_t& value);
   [[nodiscard]] static bool ParseDecimal(std::string_view digits, uint32_t& value);
 
@@ -123,8 +125,6 @@ class AXUpdate {
   bool Fail(UpdateFailure reason, ByteView expected = {}, ByteView reply = {});
 
  private:
-  [[nodiscard]] static bool ParseTrimmed(std::string_view text, uint32_t& value);
-
   enum class Comparison { kEqual, kDifferent, kFailed };
   [[nodiscard]] Comparison CompareReply(ByteView expected, size_t compared, double timeOut);
 

@@ -83,12 +83,12 @@ class Pieces {
 };
 
 LineRemark ReadNumber(std::string_view text, uint32_t& field) {
-  const bool isRead = AXUpdate::ParseNumber(text, field);
+  const bool isRead = AXUpdate::ParseTrimmed(text, field);
   return {isRead ? DescriptionRemark::kSetting : DescriptionRemark::kBadNumber, text, &field};
 }
 
 LineRemark AppendNumber(std::string_view text, std::vector<uint32_t>& list) {
-  if (AXUpdate::ParseNumber(text, list.emplace_back())) {
+  if (AXUpdate::ParseTrimmed(text, list.emplace_back())) {
     return {DescriptionRemark::kEntry, text, &list};
   }
   list.pop_back();

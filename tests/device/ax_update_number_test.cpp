@@ -54,6 +54,19 @@ TEST(AXUpdateNumberTest, OneCharacterMustBeADigit) {
                                 {"\U0001F3B9", false, kBefore}});  // four bytes, one character
 }
 
+TEST(AXUpdateNumberTest, ATrimmedTextIsReadTheSame) {
+  Check(AXUpdate::ParseTrimmed, {{"", false, kBefore},
+                                 {"7", true, 7},
+                                 {":", false, kBefore},
+                                 {"\U0001F3B9", false, kBefore},  // four bytes, one character
+                                 {"12", true, 12},
+                                 {"1K", true, 1024},
+                                 {"0x1F", true, 31},
+                                 {"1FH", true, 31},
+                                 {"0x", false, kBefore},
+                                 {"\u00E91", true, (0xE9 - 48) * 10 + 1}});
+}
+
 TEST(AXUpdateNumberTest, BlanksAroundANumberAreTrimmed) {
   Check(AXUpdate::ParseNumber, {{" 12 ", true, 12},
                                 {"\t12\r\n", true, 12},

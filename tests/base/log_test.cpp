@@ -114,6 +114,17 @@ TEST_F(LogTest, ATerminalOnStandardErrorGetsTheLineToo) {
   EXPECT_THAT(Calls().logLines, ElementsAre("step\\x0A5"));
 }
 
+TEST_F(LogTest, AnEchoTakesTheTerminalsPlaceUntilItIsEmpty) {
+  const Terminal terminal;
+  std::vector<std::string> lines;
+  SetLogEcho([&lines](const std::string& line) { lines.push_back(line); });
+  EXPECT_EQ(ErrorOutput(terminal.screen, terminal.keeper, "a\tb"), "");
+  SetLogEcho({});
+  EXPECT_EQ(ErrorOutput(terminal.screen, terminal.keeper, "c"), "c\r\n");
+  EXPECT_THAT(lines, ElementsAre("a\\x09b"));
+  EXPECT_THAT(Calls().logLines, ElementsAre("a\\x09b", "c"));
+}
+
 // As after Ctrl-S, or on a terminal program that hangs.
 TEST_F(LogTest, ATerminalThatNobodyReadsHoldsNothingUp) {
   constexpr size_t kLines = 5000;  // more than any terminal keeps

@@ -60,6 +60,25 @@ TEST_F(InspectionTest, TheBytesThatAreMissingAreThoseOfTheFarthestRegion) {
   EXPECT_EQ(InspectPackage(ByteView(whole).first(300)).missingBytes, 187U);
 }
 
+TEST_F(InspectionTest, PacksAreKnownWhoseHeadersCanBeBelieved) {
+  const auto knownWithout = [](size_t offset) {
+    Bytes package = TwoPackPackage();
+    package[offset] ^= 1;
+    return InspectPackage(package).KnownPacks();
+  };
+  const Bytes whole = TwoPackPackage();
+  EXPECT_EQ(InspectPackage(whole).KnownPacks(), 2U);
+  EXPECT_EQ(InspectPackage({}).KnownPacks(), 0U);
+  EXPECT_EQ(InspectPackage(ByteView(whole).first(200)).KnownPacks(), 0U);
+  EXPECT_EQ(InspectPackage(ByteView(whole).first(300)).KnownPacks(), 1U);
+  EXPECT_EQ(knownWithout(32), 0U);   // the file header's sum is wrong
+  EXPECT_EQ(knownWithout(123), 0U);  // three packs
+  EXPECT_EQ(knownWithout(128), 0U);  // the first pack header's sum
+  EXPECT_EQ(knownWithout(256), 1U);  // the second one's
+  EXPECT_EQ(knownWithout(456), 2U);  // a description's
+  EXPECT_EQ(knownWithout(384), 2U);  // an image's
+}
+
 TEST_F(InspectionTest, ManyFindingsOfOneKindAreCounted) {
   std::string description = "[Chip Info]\nChip Size=1K\n";
   for (int i = 0; i < 1000; i++) description += "Colour=red\n";

@@ -157,7 +157,9 @@ TEST_F(OddFileTest, NoneIsAConfiguration) {
                      program.Folder().Write("Config.ini", text);
                    }});
   };
-  add("of more than 4 MiB", "IDC_VID=0xdead\n" + std::string(size_t{4} << 20, ' '));
+  std::string tooLong = "IDC_VID=0xdead\n";
+  tooLong.append(size_t{4} << 20, ' ');
+  add("of more than 4 MiB", tooLong);
   add("not UTF-8", "IDC_VID=0xdead\n\xFF");
   add("a NUL in the key", std::string("\0IDC_VID=0xdead\n", 16));
   add("a byte order mark", "\xEF\xBB\xBFIDC_VID=0xdead\n");

@@ -31,13 +31,15 @@ Owned<udev_monitor> StartMonitor(udev* context, const char* teller) {
   return monitor;
 }
 
-// A monitor can be had of either, but tells nothing where that one does not speak.
 bool IsUdevRunning() { return access("/run/udev/control", F_OK) == 0; }
 
-// The kernel leaves the user namespaces out that sandboxes make; the first one has a fixed number.
-bool DoesKernelTell() {
+// In a user namespace, as sandboxes make them, a monitor can be had but hears neither udev nor the
+// kernel. The first namespace, which is none, has a fixed number; a kernel without them has no
+// link.
+bool IsInSandbox() {
   std::error_code error;
-  return std::filesystem::read_symlink("/proc/self/ns/user", error) == "user:[4026531837]";
+  const auto space = std::filesystem::read_symlink("/proc/self/ns/user", error);
+  return error ? error != std::errc::no_such_file_or_directory : space != "user:[4026531837]";
 }
 
 class UdevMonitorEvents : public DeviceEvents {
@@ -90,9 +92,8 @@ class ListedEvents : public DeviceEvents {
 }  // namespace
 
 std::unique_ptr<DeviceEvents> MonitorEvents() {
-  const bool isUdevRunning = IsUdevRunning();
-  if (!isUdevRunning && !DoesKernelTell()) return nullptr;
-  auto events = std::make_unique<UdevMonitorEvents>(isUdevRunning ? "udev" : "kernel");
+  if (IsInSandbox()) return nullptr;
+  auto events = std::make_unique<UdevMonitorEvents>(IsUdevRunning() ? "udev" : "kernel");
   return events->IsWorking() ? std::move(events) : nullptr;
 }
 

@@ -28,7 +28,7 @@ class DeviceEvents {
 };
 
 // The HID devices as udev tells of them after its rules were applied, or the kernel where no udev
-// runs. Null where neither would be heard, as in a sandbox.
+// runs. Null where neither can be heard, as in a sandbox.
 [[nodiscard]] std::unique_ptr<DeviceEvents> MonitorEvents();
 // Links that come, go and change in a folder, such as those of /sys/class/hidraw.
 [[nodiscard]] std::unique_ptr<DeviceEvents> FolderEvents(const std::string& folder);

@@ -3,7 +3,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/netlink.h>
 #include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
@@ -158,12 +160,19 @@ TEST_F(DeviceWatcherTest, WhereNothingTellsOneLooksEveryTwoSeconds) {
   EXPECT_EQ(changes->count(), 1);
 }
 
-TEST_F(DeviceWatcherTest, UdevTellsWhereItRunsElseTheKernelButInASandbox) {
-  const bool isUdevRunning = access("/run/udev/control", F_OK) == 0;
-  const bool isInSandbox =
-      std::filesystem::read_symlink("/proc/self/ns/user") != "user:[4026531837]";
+// Whether there may be a socket for the news of devices.
+bool IsNewsAllowed() {
+  const int file = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_KOBJECT_UEVENT);
+  if (file >= 0) close(file);
+  return file >= 0;
+}
+
+TEST_F(DeviceWatcherTest, UdevOrTheKernelTellsButInASandbox) {
+  std::error_code error;
+  const std::string space = std::filesystem::read_symlink("/proc/self/ns/user", error).string();
+  const bool isInSandbox = !space.empty() && space != "user:[4026531837]";
   const std::unique_ptr<DeviceEvents> monitor = MonitorEvents();
-  EXPECT_EQ(monitor == nullptr, !isUdevRunning && isInSandbox);
+  EXPECT_EQ(monitor != nullptr, !isInSandbox && IsNewsAllowed());
   if (monitor == nullptr) return;
   EXPECT_GE(monitor->Descriptor(), 0);
   EXPECT_FALSE(monitor->TakeAll());

@@ -1,10 +1,27 @@
 # SPDX-License-Identifier: MIT
 """The window follows what is plugged in and out by itself: nobody presses Refresh here."""
+import glob
+import os
+import pathlib
+
 from flashes import A1
 from keyboard import Keyboard
 from programs import COMPLETED, CONNECTED, MORE_THAN_ONE, NOT_CONNECTED, ProgramTest, held, make_package
 from udevd import Udevd
 from window import Window, end_shared_window, shared_window
+
+KERNEL, UDEV = 1, 2  # who tells of devices, as netlink numbers them
+
+
+def groups_heard(process):
+    """Of the news of devices (protocol 15), by the sockets of a process."""
+    sockets = {os.readlink(link) for link in glob.glob(f"/proc/{process}/fd/*") if os.path.islink(link)}
+    heard = 0
+    for line in pathlib.Path(f"/proc/{process}/net/netlink").read_text(encoding="utf-8").splitlines()[1:]:
+        _, protocol, _, groups, *_, inode = line.split()
+        if protocol == "15" and f"socket:[{inode}]" in sockets:
+            heard |= int(groups, 16)
+    return {group for group in (KERNEL, UDEV) if heard & group}
 
 
 class HotplugTest(ProgramTest):
@@ -23,6 +40,7 @@ class HotplugTest(ProgramTest):
 
     def test_arrival_and_removal_act_like_refresh(self):
         with shared_window() as window:
+            self.assertEqual(groups_heard(window.process.pid), {UDEV})
             window.open(self.package)
             window.wait_for_status(NOT_CONNECTED)
             with Keyboard(flashes=[self.flash]) as first:
@@ -60,6 +78,7 @@ class HotplugWithoutUdevTest(ProgramTest):
         end_shared_window()
         flash = A1()
         with Window(make_package(flash)) as window:
+            self.assertEqual(groups_heard(window.process.pid), {KERNEL})
             window.wait_for_status(NOT_CONNECTED)
             with Keyboard(flashes=[flash]):
                 window.wait_for_status(CONNECTED)

@@ -7,8 +7,7 @@
 //                                               of the kinds whose names contain a word, else of
 //                                               all
 //
-// Each time is the least of three, since others use the machine too. What the system log takes is
-// left out: as many lines as were logged are logged once more and timed. What the smallest package
+// Each time is the least of three, since others use the machine too. What the smallest package
 // takes of memory is the program's own.
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -32,7 +31,6 @@
 #include "package/package_writer.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/temp_folder.h"
-#include "updaters/description_file.h"
 
 namespace hollin::campaign {
 namespace {
@@ -157,39 +155,12 @@ void Bare(const std::string& path, const std::string& temporary) {
   if (SumBytes(again.View()) != sum) std::abort();
 }
 
-// What an examination leaves for the process that started it.
-struct Outcome {
-  bool isReady = false;
-  size_t loggedLines = 0;
-  size_t loggedBytes = 0;
-};
-
-void Examine(const std::string& path, Outcome& outcome) {
-  SetLogFunction([&outcome](const std::string& line) {
-    outcome.loggedLines++;
-    outcome.loggedBytes += line.size();
-  });
-  DatFileExamine datFile;
-  outcome.isReady = datFile.OpenDatFile(path) && datFile.ExamineDatFile();
-  datFile.DeleteTempFiles();
-}
-
-// What was logged, once more.
-void LogAgain(const Outcome& outcome) {
+// The lines for the system log are made and go nowhere: what the log does with them is its own.
+void Examine(const std::string& path, bool& isReady) {
   SetLogFunction([](const std::string& /*line*/) {});
-  if (outcome.loggedLines == 0) return;
-  const size_t length = outcome.loggedBytes / outcome.loggedLines;
-  const std::string name(length - std::string_view("Unknown:").size(), 'x');
-  for (size_t i = 0; i < outcome.loggedLines; i++) {
-    LogUnknown({.remark = DescriptionRemark::kUnknownKey, .text = name});
-  }
-}
-
-Cost CostOfExamination(const std::string& path, Outcome& outcome) {
-  outcome = {};
-  Cost cost = CostOf([&] { Examine(path, outcome); });
-  if (outcome.loggedLines > 0) cost.seconds -= CostOf([&] { LogAgain(outcome); }).seconds;
-  return cost;
+  DatFileExamine datFile;
+  isReady = datFile.OpenDatFile(path) && datFile.ExamineDatFile();
+  datFile.DeleteTempFiles();
 }
 
 struct Costs {
@@ -202,24 +173,25 @@ void TakeLess(Cost& least, const Cost& cost, bool isFirst) {
   if (isFirst || cost.seconds < least.seconds) least = cost;
 }
 
-Costs Measure(const Kind& kind, size_t bytes, Outcome& outcome) {
+// `isReady` is shared with the processes that examine.
+Costs Measure(const Kind& kind, size_t bytes, bool& isReady) {
   const TempFolder folder;
   const std::string path = folder.Path("package.dat");
   CostOf([&] { WriteKind(kind, bytes, path); });
   Costs costs;
   for (int round = 0; round < 3; round++) {
     TakeLess(costs.bare, CostOf([&] { Bare(path, folder.Path("bare")); }), round == 0);
-    TakeLess(costs.examined, CostOfExamination(path, outcome), round == 0);
+    TakeLess(costs.examined, CostOf([&] { Examine(path, isReady); }), round == 0);
   }
-  costs.isReady = outcome.isReady;
+  costs.isReady = isReady;
   return costs;
 }
 
-void Report(const Kind& kind, size_t mebibytes, Outcome& outcome) {
+void Report(const Kind& kind, size_t mebibytes, bool& isReady) {
   const size_t bytes = mebibytes << 20;
-  const double own = Measure(kind, 1000, outcome).examined.mebibytes;
-  const Costs half = Measure(kind, bytes / 2, outcome);
-  const Costs whole = Measure(kind, bytes, outcome);
+  const double own = Measure(kind, 1000, isReady).examined.mebibytes;
+  const Costs half = Measure(kind, bytes / 2, isReady);
+  const Costs whole = Measure(kind, bytes, isReady);
   std::printf("%-44s %s %6.3f %6.3f %6.2f %9.2f %6.2f\n", kind.name,
               whole.isReady ? "taken  " : "refused", whole.bare.seconds, whole.examined.seconds,
               whole.examined.seconds / whole.bare.seconds,
@@ -241,15 +213,15 @@ bool IsWanted(const Kind& kind, int argc, char** argv) {
 // NOLINTNEXTLINE(bugprone-exception-escape): nothing is measured then, and that is all.
 int main(int argc, char** argv) {
   const size_t mebibytes = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 64;
-  void* const shared = mmap(nullptr, sizeof(hollin::campaign::Outcome), PROT_READ | PROT_WRITE,
-                            MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  void* const shared =
+      mmap(nullptr, sizeof(bool), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (shared == MAP_FAILED) return 1;
-  auto& outcome = *new (shared) hollin::campaign::Outcome;
+  auto& isReady = *new (shared) bool(false);
   std::printf("packages of %zu MiB\n%-44s %7s %6s %6s %6s %9s %6s\n", mebibytes, "full of", "",
               "bare s", "s", "ratio", "of half", "memory");
   for (const auto& kind : hollin::campaign::Kinds()) {
     if (hollin::campaign::IsWanted(kind, argc, argv)) {
-      hollin::campaign::Report(kind, mebibytes, outcome);
+      hollin::campaign::Report(kind, mebibytes, isReady);
     }
   }
   return 0;

@@ -17,6 +17,7 @@ if(HOLLIN_SANITIZE)
   add_compile_options(-fsanitize=${HOLLIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${HOLLIN_SANITIZE})
 endif()
+# Every program locks through what the thread sanitizer sees, in such a build alone.
 if(HOLLIN_SANITIZE STREQUAL "thread")
   target_sources(hollin_options INTERFACE
     "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${PROJECT_SOURCE_DIR}/tests/support/clocklock.cpp>")

@@ -42,10 +42,10 @@ def measure(names):
     return lines
 
 
-def write(lines):
+def write(lines, minutes):
     before, rest = DOCUMENT.read_text().split(BEGIN)
     after = rest.split(END)[1]
-    DOCUMENT.write_text(f"{before}{BEGIN}{machine()}.\n\n{as_markdown(lines)}{END}{after}")
+    DOCUMENT.write_text(f"{before}{BEGIN}{machine()}; {minutes}.\n\n{as_markdown(lines)}{END}{after}")
 
 
 def main():
@@ -56,13 +56,15 @@ def main():
     unknown = set(arguments.row) - set(ROWS)
     if unknown or (arguments.write and arguments.row):
         parser.error(f"no such row: {', '.join(unknown)}" if unknown else "--write wants every row")
+    begin = time.monotonic()
     try:
         lines = measure(arguments.row or ROWS)
     finally:
         tools.remove_work()
-    print(f"\n{as_text(lines)}\n\n{machine()}")
+    minutes = f"measured in {(time.monotonic() - begin) / 60:.1f} minutes"
+    print(f"\n{as_text(lines)}\n\n{machine()}; {minutes}")
     if arguments.write:
-        write(lines)
+        write(lines, minutes)
     return 0 if all(line.met for line in lines) else 1
 
 

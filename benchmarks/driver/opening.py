@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Opening a package: `hollin-cli update` with no keyboard there opens it, and ends."""
 import statistics
+from pathlib import Path
 
 import packages
 import tools
@@ -39,29 +40,42 @@ def opening():
     for kind in KINDS:
         ratio = tools.median_ratio(times(kind, 16 * MIB, 9))
         lines.append(at_most(f"opening a package of 16 MiB, over the floor, {kind}", ratio, 1.25))
-    small, large = times("A2", 16 * MIB, 9), times("A2", 256 * MIB, 3)
-    growth = statistics.median(a for a, _ in large) / statistics.median(a for a, _ in small) / 16
-    return [*lines, at_most("opening a package of 256 MiB, over the floor, A2", tools.median_ratio(large), 1.25),
-            at_most("opening: time per MiB at 256 MiB over 16 MiB, A2", growth, 1.15)]
+    for kind in KINDS:
+        small, large = times(kind, 16 * MIB, 9), times(kind, 256 * MIB, 3)
+        growth = statistics.median(a for a, _ in large) / statistics.median(a for a, _ in small) / 16
+        lines += [at_most(f"opening a package of 256 MiB, over the floor, {kind}", tools.median_ratio(large), 1.25),
+                  at_most(f"opening: time per MiB at 256 MiB over 16 MiB, {kind}", growth, 1.15)]
+    return lines
 
 
 @row
 def opening_memory():
-    small, large = (opened(package("A2", size)[0]).peak for size in (16 * MIB, 256 * MIB))
-    growth = (large - small - 2 * MIB) / (240 * MIB)
-    return [at_most("memory from 16 to 256 MiB, less 2 MiB, over the image's growth", growth, 2.0), *reopening()]
+    lines = []
+    for kind in KINDS:
+        small, large = (opened(package(kind, size)[0]).peak for size in (16 * MIB, 256 * MIB))
+        growth = (large - small - 2 * MIB) / (240 * MIB)
+        lines.append(at_most(f"memory from 16 to 256 MiB, less 2 MiB, over the image's growth, {kind}", growth, 2.0))
+    return [*lines, *reopening()]
+
+
+def hand_over(path, env):
+    """To the window that is there, which writes its temporary files anew."""
+    written = Path("/tmp/TEMP1.BIN")
+    before = written.stat().st_mtime_ns
+    tools.check(tools.WINDOW, path, env=env | tools.QUICK)
+    tools.await_true(lambda: written.stat().st_mtime_ns != before, "the package to be opened again")
 
 
 def reopening():
-    """A second start hands its package to the window that is there."""
+    """In one window."""
     path, _ = package("A2", 16 * MIB)
     with tools.desktop() as env, started(tools.WINDOW, env, path) as window:
         window.settle()
-        tools.check(tools.WINDOW, path, env=env | tools.QUICK)
+        hand_over(path, env)
         window.settle()
         first = window.kib("VmHWM")
         for _ in range(18):
-            tools.check(tools.WINDOW, path, env=env | tools.QUICK)
+            hand_over(path, env)
         window.settle()
         growth = (window.kib("VmHWM") - first) / 1024
     return [at_most("memory: growth from the 2nd to the 20th opening of one file", growth, 1, " MiB")]

@@ -43,6 +43,15 @@ void FillWithOld(Keyboard& keyboard) {
   }
 }
 
+// Whether a keyboard that was filled got a report, or anything of it was erased or programmed.
+bool IsTouched(Keyboard& keyboard) {
+  const auto memories = Memories(keyboard);
+  return keyboard.Record().counters.hostReports > 0 ||
+         std::any_of(memories.begin(), memories.end(), [](const simulator::FlashMemory* memory) {
+           return !memory->erased.empty() || !memory->programmed.empty();
+         });
+}
+
 milliseconds Sum(const std::vector<milliseconds>& pauses) {
   return std::accumulate(pauses.begin(), pauses.end(), milliseconds(0));
 }
@@ -190,7 +199,7 @@ RunResult CampaignUpdate::Run(const RunFault& fault) {
 // A run that came to its end has met the update's own faults too; one that did not was ended by the
 // fault.
 bool CampaignUpdate::HasStruck(const Trace& trace, const Keyboard& keyboard) const {
-  return trace.secondCame || keyboard.FaultsStruck() > ownFaults ||
+  return trace.second != nullptr || keyboard.FaultsStruck() > ownFaults ||
          (isReady && !trace.succeeded && keyboard.FaultsStruck() > 0);
 }
 
@@ -200,8 +209,8 @@ CampaignUpdate::Trace CampaignUpdate::RunProgram(Keyboard& keyboard, uint64_t se
   hidapi.beforeWrite = [&](ByteView report) {
     trace.reports.emplace_back(report.begin(), report.end());
     if (trace.reports.size() != secondKeyboardAt) return;
-    FillWithOld(hidapi.Attach(update.keyboard));
-    trace.secondCame = true;
+    trace.second = &hidapi.Attach(update.keyboard);
+    FillWithOld(*trace.second);
   };
   SetPauseFunction([&](milliseconds length) {
     trace.pauses.push_back(length);
@@ -228,6 +237,9 @@ void CampaignUpdate::CheckRun(const Trace& trace, Keyboard& keyboard, const RunF
   }
   CheckLink(result);
   CheckPlaces(keyboard, result);
+  if (trace.second != nullptr && IsTouched(*trace.second)) {
+    result.violations.emplace_back("the second keyboard was touched");
+  }
   CheckAgainstReference(trace, keyboard, fault, result);
 }
 
@@ -248,7 +260,7 @@ void CampaignUpdate::CheckLink(RunResult& result) const {
   }
 }
 
-// No keyboard was changed where it was not planned, and a second one nowhere.
+// The keyboard was not changed where it was not planned.
 void CampaignUpdate::CheckPlaces(Keyboard& keyboard, RunResult& result) const {
   for (size_t i = 0; i < places.size(); i++) {
     const simulator::FlashMemory& memory = *Memories(keyboard)[i];

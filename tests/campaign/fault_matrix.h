@@ -60,7 +60,7 @@ class CampaignUpdate {
     std::vector<std::chrono::milliseconds> pauses;
     std::vector<int32_t> progress;
     bool succeeded = false;
-    bool secondCame = false;
+    simulator::Keyboard* second = nullptr;  // if it came; lives until hidapi's next reset
   };
 
   [[nodiscard]] bool Load();

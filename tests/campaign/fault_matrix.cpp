@@ -94,7 +94,7 @@ std::vector<Fault> KeyboardFaults(uint64_t index) {
   add(FaultKind::kReadFails, {0});
   add(FaultKind::kShortReport, {0, 1, 8, 9, 63});
   add(FaultKind::kWrongOffset, {1, 55, 0xFFFFFFFF});
-  add(FaultKind::kWrongTotal, {0, 1, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF});
+  add(FaultKind::kWrongTotal, {0, 1, 55, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF});
   add(FaultKind::kFlipByte, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
   add(FaultKind::kDuplicate, {0});
   add(FaultKind::kStale, {0});

@@ -9,6 +9,8 @@
 #include <iostream>
 #include <random>
 
+#include "tests/campaign/keyboard_link.h"
+
 namespace hollin::campaign {
 namespace {
 
@@ -19,6 +21,24 @@ unsigned Seed() {
   const char* given = std::getenv("HOLLIN_CAMPAIGN_SEED");
   return given == nullptr ? 30U : static_cast<unsigned>(std::strtoul(given, nullptr, 10));
 }
+
+// Notes which of a keyboard's reports, from 1, continue a reply.
+class NotingLink : public KeyboardLink {
+ public:
+  using KeyboardLink::KeyboardLink;
+
+  int Read(std::span<uint8_t> report) override {
+    const int size = KeyboardLink::Read(report);
+    reads++;
+    if (size >= 0 && ReadU32(report, 1) != 0) continuing.push_back(reads);
+    return size;
+  }
+
+  std::vector<uint64_t> continuing;
+
+ private:
+  uint64_t reads = 0;
+};
 
 class FaultMatrixTest : public testing::TestWithParam<size_t> {};
 
@@ -38,6 +58,24 @@ TEST_P(FaultMatrixTest, ASampleOfFaultsBreaksNoRule) {
   std::shuffle(faults.begin(), faults.end(), std::mt19937(Seed()));
   faults.resize(std::min(faults.size(), kSampleSize));
   for (const RunFault& fault : faults) {
+    const RunResult result = update.Run(fault);
+    EXPECT_TRUE(result.hasStruck) << TextOf(fault);
+    EXPECT_EQ(result.violations, std::vector<std::string>{}) << TextOf(fault);
+  }
+}
+
+TEST(LongReplyTest, NoFaultAtEitherOfItsReportsBreaksARule) {
+  const ReferenceUpdate reference = ReferenceUpdates()[2];
+  simulator::Keyboard keyboard(reference.keyboard);
+  NotingLink link(keyboard);
+  ASSERT_TRUE(ReferenceHost(link).Update(reference.packs));
+  ASSERT_EQ(link.continuing.size(), 8U);  // one a sector
+  CampaignUpdate update(reference);
+  for (const RunFault& fault : update.Faults()) {
+    const bool isSuch =
+        fault.fault && fault.fault->moment == simulator::FaultMoment::kKeyboardReport &&
+        fault.fault->index + 1 >= link.continuing[0] && fault.fault->index <= link.continuing[0];
+    if (!isSuch) continue;
     const RunResult result = update.Run(fault);
     EXPECT_TRUE(result.hasStruck) << TextOf(fault);
     EXPECT_EQ(result.violations, std::vector<std::string>{}) << TextOf(fault);

@@ -136,10 +136,20 @@ ReferenceUpdate A1ThreeBlocks() {
   return {"A1, three blocks", {pack}, A1Keyboard(0x10000, 0x800)};
 }
 
+// The programming command has so many cycles that it takes two reports, and its echo two as well.
 ReferenceUpdate A2Word() {
   const std::vector<uint32_t> sectors = Sectors(0, 9, 0x400);
-  return {
-      "A2, word program", {A2Pack(sectors, 32, Noise(8 * 0x800 - 300, 3))}, A2Keyboard(sectors)};
+  ReferenceA2 pack = A2Pack(sectors, 32, Noise(8 * 0x800 - 300, 3));
+  simulator::KeyboardOptions keyboard = A2Keyboard(sectors);
+  pack.program.clear();
+  keyboard.a2.program.clear();
+  for (uint16_t i = 0; i < 15; i++) {
+    const auto address = static_cast<uint16_t>(0x555 + i);
+    const auto data = static_cast<uint16_t>(0xA0 + i);
+    pack.program.push_back({address, data});
+    keyboard.a2.program.push_back({address, data});
+  }
+  return {"A2, word program", {pack}, keyboard};
 }
 
 ReferenceUpdate A2WriteBuffer() {

@@ -2,8 +2,9 @@
 #include "simulator/in_process_hidapi.h"
 
 #include <algorithm>
-#include <deque>
 #include <utility>
+
+#include "simulator/report_queue.h"
 
 namespace hollin::simulator {
 
@@ -39,16 +40,14 @@ class InProcessHidapi::Handle : public OpenedKeyboard {
     Deliveries deliveries;
     const bool taken = slot->keyboard.TakeReport(report, deliveries);
     for (Handle* handle : slot->handles) {
-      if (!handle->Replugged())
-        handle->queue.insert(handle->queue.end(), deliveries.begin(), deliveries.end());
+      if (!handle->Replugged()) handle->queue.Add(deliveries);
     }
     return taken;
   }
 
   int Read(std::span<uint8_t> report, int milliseconds) override {
-    if (queue.empty()) return ReadNothing(milliseconds);
-    const Delivery delivery = std::move(queue.front());
-    queue.pop_front();
+    if (queue.IsEmpty()) return ReadNothing(milliseconds);
+    const Delivery delivery = queue.Take();
     if (delivery.readFails) return -1;
     const size_t count = std::min(report.size(), delivery.report.size());
     std::copy_n(delivery.report.begin(), count, report.begin());
@@ -71,7 +70,7 @@ class InProcessHidapi::Handle : public OpenedKeyboard {
   InProcessHidapi& hidapi;
   std::shared_ptr<Slot> slot;
   uint64_t plugged;
-  std::deque<Delivery> queue;
+  ReportQueue queue;
 };
 
 InProcessHidapi::InProcessHidapi() = default;

@@ -4,10 +4,10 @@
 #pragma once
 
 #include <algorithm>
-#include <deque>
 #include <vector>
 
 #include "simulator/keyboard.h"
+#include "simulator/report_queue.h"
 #include "tests/campaign/reference_host.h"
 
 namespace hollin::campaign {
@@ -18,23 +18,22 @@ class KeyboardLink : public ReferenceLink {
   explicit KeyboardLink(simulator::Keyboard& keyboard) : keyboard(keyboard) {}
 
   bool Open() override { return keyboard.Open(); }
-  void Close() override { queue.clear(); }
+  void Close() override { queue.Clear(); }
 
   bool Write(ByteView report) override {
     reports.emplace_back(report.begin(), report.end());
     simulator::Deliveries deliveries;
     const bool isTaken = keyboard.TakeReport(report, deliveries);
-    queue.insert(queue.end(), deliveries.begin(), deliveries.end());
+    queue.Add(deliveries);
     return isTaken;
   }
 
   int Read(std::span<uint8_t> report) override {
-    if (queue.empty()) {
+    if (queue.IsEmpty()) {
       keyboard.Unplug();
       return -1;
     }
-    const simulator::Delivery delivery = std::move(queue.front());
-    queue.pop_front();
+    const simulator::Delivery delivery = queue.Take();
     if (delivery.readFails) return -1;
     std::copy(delivery.report.begin(), delivery.report.end(), report.begin());
     return static_cast<int>(delivery.report.size());
@@ -50,7 +49,7 @@ class KeyboardLink : public ReferenceLink {
 
  private:
   simulator::Keyboard& keyboard;
-  std::deque<simulator::Delivery> queue;
+  simulator::ReportQueue queue;
 };
 
 }  // namespace hollin::campaign

@@ -147,6 +147,32 @@ TEST_F(InProcessHidapiTest, EveryOpenGetsEveryReportAndANewOneBeginsEmpty) {
   hid_close(second);
 }
 
+// The answer stands behind so many reports that nobody asked for.
+TEST_F(InProcessHidapiTest, AnOpenKeeps63ReportsAndLosesTheNewest) {
+  for (const int64_t unsolicited : {62, 63, 64}) {
+    hidapi.Attach({.faults = {{.kind = FaultKind::kUnsolicited, .parameter = unsolicited}}});
+    hid_device* device = hid_open(kVendorId, kProductId, nullptr);
+    WriteMode(device);
+    size_t reports = 0;
+    while (hid_read(device, report.data(), report.size()) == 64) reports++;
+    EXPECT_EQ(reports, 63U) << unsolicited;
+    EXPECT_EQ(report[9] == 0xF1, unsolicited == 62) << unsolicited;
+    hid_close(device);
+    hidapi.Reset();
+  }
+}
+
+TEST_F(InProcessHidapiTest, AQueueThatWasFullTakesReportsAgainOnceSomeWereRead) {
+  hidapi.Attach({.faults = {{.kind = FaultKind::kUnsolicited, .parameter = 63}}});
+  hid_device* device = hid_open(kVendorId, kProductId, nullptr);
+  WriteMode(device);
+  EXPECT_EQ(hid_read(device, report.data(), report.size()), 64);
+  WriteMode(device);
+  for (int i = 0; i < 63; i++) EXPECT_EQ(hid_read(device, report.data(), report.size()), 64);
+  EXPECT_EQ(report[9], 0xF1);
+  hid_close(device);
+}
+
 TEST_F(InProcessHidapiTest, ADetachedKeyboardCanStillBeClosed) {
   Keyboard& keyboard = hidapi.Attach();
   hid_device* device = hid_open(kVendorId, kProductId, nullptr);

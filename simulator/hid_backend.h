@@ -46,6 +46,7 @@ class HidBackend {
   virtual std::unique_ptr<OpenedKeyboard> Open(const std::string& path) = 0;
 
   virtual void Enumerated() {}  // hid_enumerate was called
+  virtual void FreedList() {}   // hid_free_enumeration was called
   virtual void Exited() {}      // hid_exit was called
 
   // Whether Record is to be called at all: making the lines takes time.

@@ -144,6 +144,7 @@ hid_device_info* hid_enumerate(unsigned short vendor_id, unsigned short product_
 
 void hid_free_enumeration(hid_device_info* devs) {
   FreeInfos(devs);
+  TheBackend().FreedList();
   Record("free-enumeration");
 }
 

@@ -100,7 +100,7 @@ void InProcessHidapi::Detach(const Keyboard& keyboard) {
 void InProcessHidapi::Reset() {
   while (!places.empty()) Detach(places.back()->keyboard);
   calls.clear();
-  enumerations = opens = closes = exits = 0;
+  enumerations = freedLists = opens = closes = exits = 0;
   recordCalls = true;
   wouldBlock = false;
   beforeWrite = {};

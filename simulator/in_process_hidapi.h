@@ -35,7 +35,8 @@ class InProcessHidapi : public HidBackend {
   bool recordCalls = true;         // off where a test makes millions of them
   std::vector<std::string> calls;  // every call in order, in the words of docs/simulator.md
   size_t enumerations = 0;
-  size_t opens = 0;  // that succeeded
+  size_t freedLists = 0;  // of enumerations, empty ones included
+  size_t opens = 0;       // that succeeded
   size_t closes = 0;
   size_t exits = 0;
   size_t openHandles = 0;  // right now; Reset leaves it
@@ -49,6 +50,7 @@ class InProcessHidapi : public HidBackend {
   std::vector<ListedKeyboard> List() override;
   std::unique_ptr<OpenedKeyboard> Open(const std::string& path) override;
   void Enumerated() override { enumerations++; }
+  void FreedList() override { freedLists++; }
   void Exited() override { exits++; }
   [[nodiscard]] bool RecordsCalls() const override { return recordCalls; }
   void Record(const std::string& call) override { calls.push_back(call); }

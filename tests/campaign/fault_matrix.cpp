@@ -258,6 +258,9 @@ void CampaignUpdate::CheckLink(RunResult& result) const {
       HidDevice::IsOpen()) {
     result.violations.emplace_back("the link was not closed as often as it was opened");
   }
+  if (hidapi.enumerations != hidapi.freedLists) {
+    result.violations.emplace_back("a list of keyboards was not freed");
+  }
 }
 
 // The keyboard was not changed where it was not planned.

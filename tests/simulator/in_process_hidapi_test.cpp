@@ -61,6 +61,17 @@ TEST_F(InProcessHidapiTest, AnEntryDescribesItsKeyboard) {
   hid_free_enumeration(list);
 }
 
+TEST_F(InProcessHidapiTest, FreedListsAreCountedApartFromEnumerations) {
+  hidapi.Attach();
+  hid_device_info* list = hid_enumerate(0, 0);
+  EXPECT_EQ(hidapi.enumerations, 1U);
+  EXPECT_EQ(hidapi.freedLists, 0U);
+  hid_free_enumeration(list);
+  EXPECT_EQ(hidapi.freedLists, 1U);
+  hidapi.Reset();
+  EXPECT_EQ(hidapi.freedLists, 0U);
+}
+
 TEST_F(InProcessHidapiTest, OpeningComparesIdsExactly) {
   hidapi.Attach();
   EXPECT_EQ(hid_open(0, 0, nullptr), nullptr);

@@ -14,6 +14,7 @@ from waiting import LONG, wait_until
 
 COMMAND_LINE = "/opt/hollin/Hollin.app/hollin-cli"
 PROBE = "/opt/hollin/usb_probe"
+BARE_HOST = "/opt/hollin/hollin_bare_host"
 
 USER = 1000  # whoever sits at the computer, without rights of any kind
 
@@ -110,6 +111,11 @@ def listings_of_nested():
 def probe(*task, **how):
     result = subprocess.run([PROBE, *task], capture_output=True, text=True, check=True, timeout=LONG, **how)
     return result.stdout.strip()
+
+
+def output_of(*command):
+    """What the program printed. Nobody looks after it meanwhile, so that it has the processors to itself."""
+    return subprocess.run(command, capture_output=True, text=True, check=True, timeout=LONG).stdout
 
 
 def temporary_files():

@@ -16,9 +16,19 @@ namespace {
 constexpr int kTextWidth = 300;
 
 void SetFolderIcon(QMessageBox& box) {
-  const QIcon ownFolder = box.style()->standardIcon(QStyle::SP_DirIcon, nullptr, &box);
+  const QIcon folder = box.style()->standardIcon(QStyle::SP_DirIcon, nullptr, &box);
   const int size = box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &box);
-  box.setIconPixmap(QIcon::fromTheme("folder", ownFolder).pixmap(size));
+  box.setIconPixmap(folder.pixmap(size));
+}
+
+// Only the sign that will be seen: the search of an icon theme takes as long as all the rest.
+void SetSign(QMessageBox& box, const Alert& alert) {
+  if (alert.icon == AlertIcon::kFolder) {
+    SetFolderIcon(box);
+  } else {
+    box.setIcon(alert.style == AlertStyle::kWarning ? QMessageBox::Warning
+                                                    : QMessageBox::Information);
+  }
 }
 
 // The box's own setting does not reach its second label, which would take "<" for markup.
@@ -47,9 +57,7 @@ QMessageBox* MakeAlertBox(const Alert& alert, QWidget* parent) {
   box->setWindowTitle(alert.message);
   box->setText(alert.message);
   box->setInformativeText(alert.informativeText);
-  box->setIcon(alert.style == AlertStyle::kWarning ? QMessageBox::Warning
-                                                   : QMessageBox::Information);
-  if (alert.icon == AlertIcon::kFolder) SetFolderIcon(*box);
+  SetSign(*box, alert);
   ShowTextsPlainly(*box);
   Arrange(*box);
   return box;

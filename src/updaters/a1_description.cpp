@@ -8,10 +8,10 @@ bool A1Description::Read(std::string_view text, const DescriptionListener& liste
       text, {.comment = "--", .unknownSectionFails = true},
       {
           {chipSection,
-           NamedKeys({{"Chip Name", chipName}, {"Chip Type", mode}, {"Chip Size", chipSize}})},
-          {transmissionSection, NamedKeys({{"Start Address", startAddress},
+           NamedKeys{{{"Chip Name", chipName}, {"Chip Type", mode}, {"Chip Size", chipSize}}}},
+          {transmissionSection, NamedKeys{{{"Start Address", startAddress},
                                            {"Data Length", dataLength},
-                                           {"Time Over", timeOver}})},
+                                           {"Time Over", timeOver}}}},
       },
       listener);
 }

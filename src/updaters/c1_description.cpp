@@ -7,11 +7,11 @@ bool C1Description::Read(std::string_view text, const DescriptionListener& liste
   MakeRoom(reservedSectors, text);
   return ReadDescription(text, {.comment = "//", .unknownSectionFails = false},
                          {
-                             {"reserved sector", Numbers(reservedSectors)},
-                             {"line mode", AnyKey(lineMode)},
-                             {"spi number", AnyKey(spiNumber)},
-                             {"chip select number", AnyKey(chipSelectNumber)},
-                             {"sector size", AnyKey(sectorSize)},
+                             {"reserved sector", Numbers{reservedSectors}},
+                             {"line mode", AnyKey{lineMode}},
+                             {"spi number", AnyKey{spiNumber}},
+                             {"chip select number", AnyKey{chipSelectNumber}},
+                             {"sector size", AnyKey{sectorSize}},
                          },
                          listener);
 }

@@ -2,84 +2,21 @@
 #include "updaters/description_file.h"
 
 #include <algorithm>
-#include <functional>
-#include <utility>
+#include <variant>
 
 #include "base/log.h"
 #include "base/text.h"
 #include "device/ax_update.h"
+#include "updaters/description_pieces.h"
 
 namespace hollin {
 namespace {
 
-constexpr size_t kPieceSize = 99;
-
-std::string_view Between(const char* begin, const char* end) {
-  return {begin, static_cast<size_t>(end - begin)};
-}
-
-// Hands out the text piece by piece.
-class Pieces {
- public:
-  explicit Pieces(std::string_view text) : next(text.data()), end(next + text.size()) {}
-
-  // False at the end of the text.
-  bool Next() {
-    if (next == end) return false;
-    if (endsLine) {
-      line++;
-      lineStart = next;
-    }
-    start = next;
-    Scan();
-    return true;
-  }
-
-  // What counts of the piece: a line end or a NUL ends it.
-  [[nodiscard]] std::string_view Piece() const { return Between(start, stop); }
-  [[nodiscard]] bool IsUtf8() const { return isAscii || IsValidUtf8(Piece()); }
-  [[nodiscard]] bool HasNul() const { return hasNul; }
-  [[nodiscard]] std::string_view BehindNul() const { return Between(stop, next); }
-  // Whether more of this line follows than the line end that stays behind 99 bytes.
-  [[nodiscard]] bool IsCut() const {
-    if (endsLine || next == end || *next == '\n') return false;
-    return *next != '\r' || next + 1 == end || next[1] != '\n';
-  }
-  [[nodiscard]] size_t Line() const { return line; }
-  // What stands in this line before a text that may be in it; else before another, which is.
-  [[nodiscard]] std::string_view Before(std::string_view text, std::string_view otherwise) const {
-    const std::less_equal<> isUpTo;
-    const bool isInside = isUpTo(lineStart, text.data()) && isUpTo(text.data(), next);
-    return Between(lineStart, isInside ? text.data() : otherwise.data());
-  }
-
- private:
-  // Most lines are short: one look at each byte costs less than several searches.
-  void Scan() {
-    const char* const limit = start + std::min<ptrdiff_t>(end - start, kPieceSize);
-    const char* at = start;
-    uint8_t bits = 0;
-    bool anyIsNul = false;
-    for (; at != limit && *at != '\n'; at++) {
-      bits |= static_cast<uint8_t>(*at);
-      anyIsNul |= *at == '\0';
-    }
-    hasNul = anyIsNul;
-    endsLine = at != limit;
-    next = endsLine ? at + 1 : at;
-    isAscii = bits < 0x80;
-    stop = hasNul ? std::find(start, at, '\0') : at;
-  }
-
-  const char* next;                 // behind the piece
-  const char* const end;            // of the text
-  const char* lineStart = nullptr;  // of the line that the piece is in
-  const char* start = nullptr;      // of the piece
-  const char* stop = nullptr;       // of what counts of it
-  bool endsLine = true;
-  bool isAscii = true;
-  bool hasNul = false;
-  size_t line = 0;
+// What a way of reading says of one trimmed line.
+struct LineRemark {
+  DescriptionRemark remark;
+  std::string_view text;
+  const void* field = nullptr;
 };
 
 LineRemark ReadNumber(std::string_view text, uint32_t& field) {
@@ -95,23 +32,15 @@ LineRemark AppendNumber(std::string_view text, std::vector<uint32_t>& list) {
   return {DescriptionRemark::kBadNumber, text, &list};
 }
 
-struct NumberAppender {
-  std::vector<uint32_t>& list;
-
-  std::optional<LineRemark> operator()(std::string_view line) const {
-    return AppendNumber(line, list);
-  }
-};
-
 struct Setting {
   std::string_view key;
   std::string_view value;
 };
 
 std::optional<Setting> SplitSetting(std::string_view line) {
-  const size_t equals = line.find('=');
-  if (equals == std::string_view::npos) return std::nullopt;
-  return Setting{Trim(line.substr(0, equals)), Trim(line.substr(equals + 1))};
+  const char* const equals = std::find(line.begin(), line.end(), '=');
+  if (equals == line.end()) return std::nullopt;
+  return Setting{Trim(Between(line.begin(), equals)), Trim(Between(equals + 1, line.end()))};
 }
 
 LineRemark ReadField(const NamedField& field, std::string_view value) {
@@ -129,6 +58,47 @@ const NamedField* FindField(const std::vector<NamedField>& fields, std::string_v
 
 const LineRemark kLacksEqualsSign{DescriptionRemark::kNoEqualsSign, {}};
 
+// Takes a line; one for each way of reading.
+LineRemark Take(const WholeLine& way, std::string_view line) {
+  way.field = line;
+  return {DescriptionRemark::kText, line, &way.field};
+}
+
+LineRemark Take(const Numbers& way, std::string_view line) { return AppendNumber(line, way.list); }
+
+LineRemark Take(const AnyKey& way, std::string_view line) {
+  const auto setting = SplitSetting(line);
+  return setting ? ReadNumber(setting->value, way.field) : kLacksEqualsSign;
+}
+
+LineRemark Take(const AnyKeyFlag& way, std::string_view line) {
+  const auto setting = SplitSetting(line);
+  if (!setting) return kLacksEqualsSign;
+  uint32_t number = 0;
+  const LineRemark remark = ReadNumber(setting->value, number);
+  if (!IsFatal(remark.remark)) way.field = number != 0;
+  return {remark.remark, remark.text, &way.field};
+}
+
+LineRemark Take(const NamedKeys& way, std::string_view line) {
+  const auto setting = SplitSetting(line);
+  if (!setting) return kLacksEqualsSign;
+  if (const NamedField* field = FindField(way.fields, setting->key)) {
+    return ReadField(*field, setting->value);
+  }
+  return {DescriptionRemark::kUnknownKey, setting->key};
+}
+
+LineRemark Take(const Cycles& way, std::string_view line) {
+  const auto setting = SplitSetting(line);
+  if (!setting) return kLacksEqualsSign;
+  const auto& [key, value] = *setting;
+  if (const NamedField* field = FindField(way.fields, key)) return ReadField(*field, value);
+  if (ContainsIgnoringCase(key, "addr")) return AppendNumber(value, way.addresses);
+  if (ContainsIgnoringCase(key, "data")) return AppendNumber(value, way.data);
+  return {DescriptionRemark::kUnknownKey, key};
+}
+
 bool StartsWith(std::string_view text, std::string_view start) {
   return text.front() == start.front() && text.substr(0, start.size()) == start;
 }
@@ -137,10 +107,15 @@ bool IsUnknown(DescriptionRemark remark) {
   return remark == DescriptionRemark::kUnknownSection || remark == DescriptionRemark::kUnknownKey;
 }
 
-// The log hears of unknown names alone; a note of every value would take longer than the value.
-bool HearsUnknownOnly(const DescriptionListener& listener) {
+constexpr uint32_t BitOf(DescriptionRemark remark) { return 1U << static_cast<uint32_t>(remark); }
+
+// The remarks that a listener wants to hear of, one bit each. The log wants unknown names alone: a
+// note of every value would take longer than the value.
+uint32_t HeardBy(const DescriptionListener& listener) {
+  if (!listener) return 0;
   const auto* const function = listener.target<void (*)(const DescriptionNote&)>();
-  return function != nullptr && *function == LogUnknown;
+  if (function == nullptr || *function != LogUnknown) return ~0U;
+  return BitOf(DescriptionRemark::kUnknownSection) | BitOf(DescriptionRemark::kUnknownKey);
 }
 
 // Reads one description; one object a file.
@@ -152,7 +127,7 @@ class Reader {
         grammar(grammar),
         sections(sections),
         listener(listener),
-        hearsUnknownOnly(HearsUnknownOnly(listener)) {}
+        heard(HeardBy(listener)) {}
 
   bool Read() {
     while (pieces.Next()) {
@@ -165,15 +140,26 @@ class Reader {
   bool ReadPiece() {
     const std::string_view piece = pieces.Piece();
     if (list != nullptr && AppendDigits(piece)) return true;
-    if (pieces.IsCut()) Tell(piece, {DescriptionRemark::kLongLine, {}});
-    if (!pieces.IsUtf8()) return Tell(piece, {DescriptionRemark::kNotUtf8, {}});
-    const std::string_view line = Trim(piece);
-    if (pieces.HasNul()) Tell(line, {DescriptionRemark::kNul, pieces.BehindNul()});
+    return pieces.IsPlain() ? ReadLine(Trim(piece)) : ReadOddPiece(piece);
+  }
+
+  // A NUL ends the piece.
+  bool ReadOddPiece(std::string_view piece) {
+    const std::string_view read =
+        Between(piece.begin(), std::find(piece.begin(), piece.end(), '\0'));
+    if (pieces.IsCut()) Tell(read, {DescriptionRemark::kLongLine, {}});
+    if (!IsValidUtf8(read)) return Tell(read, {DescriptionRemark::kNotUtf8, {}});
+    const std::string_view line = Trim(read);
+    if (read.size() < piece.size()) Tell(line, {DescriptionRemark::kNul, pieces.From(read.end())});
+    return ReadLine(line);
+  }
+
+  bool ReadLine(std::string_view line) {
     if (line.empty() || IsComment(line)) return true;
     if (line.front() == '[') return ReadHeader(line);
     if (section != nullptr) {
-      const auto remark = section->read(line);
-      return !remark || Tell(line, *remark);
+      return std::visit([&](const auto& way) { return Tell(line, Take(way, line)); },
+                        section->read);
     }
     return Tell(line, {grammar.unknownSectionFails ? DescriptionRemark::kOutsideSections
                                                    : DescriptionRemark::kUnknownSection,
@@ -198,17 +184,15 @@ class Reader {
   }
 
   bool ReadHeader(std::string_view line) {
-    const size_t end = line.find(']');
-    if (end == std::string_view::npos) {
-      return Tell(line, {DescriptionRemark::kUnclosedHeader, line});
-    }
-    current = Trim(line.substr(1, end - 1));
+    const char* const end = std::find(line.begin(), line.end(), ']');
+    if (end == line.end()) return Tell(line, {DescriptionRemark::kUnclosedHeader, line});
+    current = Trim(Between(line.begin() + 1, end));
     const auto known = std::find_if(sections.begin(), sections.end(), [this](const auto& each) {
       return EqualsIgnoringCase(each.name, current);
     });
     section = known == sections.end() ? nullptr : &*known;
     list = ListWithoutRemarks();
-    const std::string_view tail = Trim(line.substr(end + 1));
+    const std::string_view tail = Trim(Between(end + 1, line.end()));
     if (!tail.empty()) Tell(line, {DescriptionRemark::kHeaderTail, tail});
     return Tell(line, {DescriptionRemark::kHeader, current});
   }
@@ -216,33 +200,35 @@ class Reader {
   // The list that the section's numbers go to, where nobody hears of each.
   [[nodiscard]] std::vector<uint32_t>* ListWithoutRemarks() const {
     if (section == nullptr || IsHeard(DescriptionRemark::kEntry)) return nullptr;
-    const auto* const appender = section->read.target<NumberAppender>();
-    return appender == nullptr ? nullptr : &appender->list;
+    const auto* const numbers = std::get_if<Numbers>(&section->read);
+    return numbers == nullptr ? nullptr : &numbers->list;
   }
 
   // False when the remark is the end of the reading.
   // NOLINTNEXTLINE(modernize-use-nodiscard): most remarks are told and the reading goes on.
   bool Tell(std::string_view line, const LineRemark& remark) const {
-    if (IsHeard(remark.remark)) {
-      listener({.remark = remark.remark,
-                .line = pieces.Line(),
-                .text = remark.text,
-                .lineText = line,
-                .before = pieces.Before(remark.text, line),
-                .field = remark.field});
-    }
+    if (IsHeard(remark.remark)) CallListener(line, remark);
     return !IsFatal(remark.remark);
   }
 
-  [[nodiscard]] bool IsHeard(DescriptionRemark remark) const {
-    return listener && (!hearsUnknownOnly || IsUnknown(remark));
+  void CallListener(std::string_view line, const LineRemark& remark) const {
+    listener({.remark = remark.remark,
+              .line = pieces.Line(),
+              .text = remark.text,
+              .lineText = line,
+              .before = pieces.Before(remark.text, line),
+              .field = remark.field});
   }
 
-  Pieces pieces;
+  [[nodiscard]] bool IsHeard(DescriptionRemark remark) const {
+    return (heard & BitOf(remark)) != 0;
+  }
+
+  DescriptionPieces pieces;
   const DescriptionGrammar& grammar;
   const std::vector<DescriptionSection>& sections;
   const DescriptionListener& listener;
-  const bool hearsUnknownOnly;
+  const uint32_t heard;                         // as `HeardBy` tells
   std::string_view current;                     // the section's name, in the text
   const DescriptionSection* section = nullptr;  // null while the name is none of the known
   std::vector<uint32_t>* list = nullptr;        // where its numbers go, if nobody hears of them
@@ -251,15 +237,10 @@ class Reader {
 }  // namespace
 
 bool IsFatal(DescriptionRemark remark) {
-  switch (remark) {
-    case DescriptionRemark::kUnclosedHeader:
-    case DescriptionRemark::kOutsideSections:
-    case DescriptionRemark::kNoEqualsSign:
-    case DescriptionRemark::kBadNumber:
-      return true;
-    default:
-      return false;
-  }
+  constexpr uint32_t kFatal =
+      BitOf(DescriptionRemark::kUnclosedHeader) | BitOf(DescriptionRemark::kOutsideSections) |
+      BitOf(DescriptionRemark::kNoEqualsSign) | BitOf(DescriptionRemark::kBadNumber);
+  return (kFatal & BitOf(remark)) != 0;
 }
 
 size_t DescriptionNote::Column() const {
@@ -268,58 +249,7 @@ size_t DescriptionNote::Column() const {
 }
 
 void LogUnknown(const DescriptionNote& note) {
-  if (IsUnknown(note.remark)) Log("Unknown:" + std::string(note.text));
-}
-
-LineReader WholeLine(std::string& field) {
-  return [&field](std::string_view line) {
-    field = line;
-    return LineRemark{DescriptionRemark::kText, line, &field};
-  };
-}
-
-LineReader Numbers(std::vector<uint32_t>& list) { return NumberAppender{list}; }
-
-LineReader AnyKey(uint32_t& field) {
-  return [&field](std::string_view line) {
-    const auto setting = SplitSetting(line);
-    return setting ? ReadNumber(setting->value, field) : kLacksEqualsSign;
-  };
-}
-
-LineReader AnyKeyFlag(bool& field) {
-  return [&field](std::string_view line) {
-    const auto setting = SplitSetting(line);
-    if (!setting) return kLacksEqualsSign;
-    uint32_t number = 0;
-    const LineRemark remark = ReadNumber(setting->value, number);
-    if (!IsFatal(remark.remark)) field = number != 0;
-    return LineRemark{remark.remark, remark.text, &field};
-  };
-}
-
-LineReader NamedKeys(std::initializer_list<NamedField> fields) {
-  return [known = std::vector(fields)](std::string_view line) {
-    const auto setting = SplitSetting(line);
-    if (!setting) return kLacksEqualsSign;
-    if (const NamedField* field = FindField(known, setting->key)) {
-      return ReadField(*field, setting->value);
-    }
-    return LineRemark{DescriptionRemark::kUnknownKey, setting->key};
-  };
-}
-
-LineReader Cycles(std::initializer_list<NamedField> fields, std::vector<uint32_t>& addresses,
-                  std::vector<uint32_t>& data) {
-  return [known = std::vector(fields), &addresses, &data](std::string_view line) {
-    const auto setting = SplitSetting(line);
-    if (!setting) return kLacksEqualsSign;
-    const auto& [key, value] = *setting;
-    if (const NamedField* field = FindField(known, key)) return ReadField(*field, value);
-    if (ContainsIgnoringCase(key, "addr")) return AppendNumber(value, addresses);
-    if (ContainsIgnoringCase(key, "data")) return AppendNumber(value, data);
-    return LineRemark{DescriptionRemark::kUnknownKey, key};
-  };
+  if (IsUnknown(note.remark)) Log(std::string("Unknown:").append(note.text));
 }
 
 void MakeRoom(std::vector<uint32_t>& list, std::string_view text) {

@@ -6,10 +6,10 @@
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace hollin {
@@ -54,21 +54,21 @@ using DescriptionListener = std::function<void(const DescriptionNote&)>;
 // The listener of an update: writes "Unknown:%@" to the system log for each unknown section or key.
 void LogUnknown(const DescriptionNote& note);
 
-// What a way of reading says of one trimmed line, if anything.
-struct LineRemark {
-  DescriptionRemark remark;
-  std::string_view text;
-  const void* field = nullptr;
+// Ways of reading the lines of a section. Each keeps references to the fields it fills, and the
+// last of several lines for a field wins.
+struct WholeLine {  // the line itself, as text
+  std::string& field;
 };
-using LineReader = std::function<std::optional<LineRemark>(std::string_view line)>;
-
-// Ways of reading. Each keeps references to the fields it fills, and the last of several lines for
-// a field wins.
-LineReader WholeLine(std::string& field);         // the line itself, as text
-LineReader Numbers(std::vector<uint32_t>& list);  // one number a line, appended
-LineReader AnyKey(uint32_t& field);               // any key "=" number
-LineReader AnyKeyFlag(bool& field);               // the same; true for a number other than 0
-struct NamedField {                               // a key and the field that its value goes into
+struct Numbers {  // one number a line, appended
+  std::vector<uint32_t>& list;
+};
+struct AnyKey {  // any key "=" number
+  uint32_t& field;
+};
+struct AnyKeyFlag {  // the same; true for a number other than 0
+  bool& field;
+};
+struct NamedField {  // a key and the field that its value goes into
   NamedField(std::string_view key, uint32_t& field) : key(key), number(&field) {}
   NamedField(std::string_view key, std::optional<std::string>& field) : key(key), text(&field) {}
 
@@ -76,12 +76,18 @@ struct NamedField {                               // a key and the field that it
   uint32_t* number = nullptr;
   std::optional<std::string>* text = nullptr;
 };
-LineReader NamedKeys(std::initializer_list<NamedField> fields);
+struct NamedKeys {  // the known keys' numbers and texts; other keys are noted
+  std::vector<NamedField> fields;
+};
 // As NamedKeys; other keys that contain "addr" go to `addresses`, those that contain "data" to
 // `data`. The address test comes first, and numbers in the keys say nothing: the order of the lines
 // counts.
-LineReader Cycles(std::initializer_list<NamedField> fields, std::vector<uint32_t>& addresses,
-                  std::vector<uint32_t>& data);
+struct Cycles {
+  std::vector<NamedField> fields;
+  std::vector<uint32_t>& addresses;
+  std::vector<uint32_t>& data;
+};
+using LineReader = std::variant<WholeLine, Numbers, AnyKey, AnyKeyFlag, NamedKeys, Cycles>;
 
 // Makes room in `list` for a number from every line of a text. A list that had to grow while it is
 // read would be copied again and again; room that is not used takes no memory.

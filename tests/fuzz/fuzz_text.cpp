@@ -167,14 +167,23 @@ bool ReadTwice(std::string_view text) {
   return isRead;
 }
 
+void RequireNumber(bool isNumber, uint32_t value, std::string_view text) {
+  const std::optional<uint32_t> expected = NumberOf(text);
+  Require(isNumber == expected.has_value(), "both know a number");
+  Require(!isNumber || value == *expected, "both read the same number");
+}
+
 }  // namespace
 
 void Number(ByteView input) {
+  const std::string_view text = TextOf(input);
   uint32_t value = 0;
-  const bool isNumber = AXUpdate::ParseNumber(TextOf(input), value);
-  const std::optional<uint32_t> expected = NumberOf(TextOf(input));
-  Require(isNumber == expected.has_value(), "both know a number");
-  Require(!isNumber || value == *expected, "both read the same number");
+  const bool isNumber = AXUpdate::ParseNumber(text, value);
+  RequireNumber(isNumber, value, text);
+  if (!IsValidUtf8(text)) return;
+  const std::string_view trimmed = Trim(text);
+  const bool isTrimmedNumber = AXUpdate::ParseTrimmed(trimmed, value);
+  RequireNumber(isTrimmedNumber, value, trimmed);
 }
 
 // The program's path to that of its configuration: never outside of the folders on the way.
@@ -213,16 +222,16 @@ void Config(ByteView input) {
 void Lines(ByteView input) {
   if (input.empty()) return;
   std::vector<std::string> lines;
-  const auto keep = [&](std::string_view line) -> std::optional<LineRemark> {
-    lines.push_back("x\n" + std::string(line));
-    return std::nullopt;
+  const auto keep = [&](const DescriptionNote& note) {
+    const bool isKnown = note.remark == DescriptionRemark::kText;
+    if (!isKnown && note.remark != DescriptionRemark::kUnknownSection) return;
+    const std::string_view section = isKnown ? "x" : note.text;
+    lines.push_back(std::string(section) + "\n" + std::string(note.lineText));
   };
+  std::string last;
   const bool isRead =
-      ReadDescription(TextOf(input), {.comment = "--", .unknownSectionFails = false}, {{"x", keep}},
-                      [&](const DescriptionNote& note) {
-                        if (note.remark != DescriptionRemark::kUnknownSection) return;
-                        lines.push_back(std::string(note.text) + "\n" + std::string(note.lineText));
-                      });
+      ReadDescription(TextOf(input), {.comment = "--", .unknownSectionFails = false},
+                      {{"x", WholeLine{last}}}, keep);
   bool isGood = false;
   std::vector<std::string> expected = LinesByStandardLibrary(input, isGood);
   for (std::string& line : expected) {

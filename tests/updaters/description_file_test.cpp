@@ -28,15 +28,11 @@ constexpr DescriptionRemark kBadNumber = DescriptionRemark::kBadNumber;
 class DescriptionFileTest : public ::testing::Test {
  protected:
   // Reads with a section "Lines" that keeps every line it is given.
-  bool Read(std::string_view text) {
-    return ReadWith(text, {{"Lines", [this](std::string_view line) {
-                              lines.emplace_back(line);
-                              return std::optional<LineRemark>();
-                            }}});
-  }
+  bool Read(std::string_view text) { return ReadWith(text, {{"Lines", WholeLine{last}}}); }
 
   bool ReadWith(std::string_view text, const std::vector<DescriptionSection>& sections) {
     return ReadDescription(text, grammar, sections, [this](const DescriptionNote& note) {
+      if (note.remark == DescriptionRemark::kText) lines.emplace_back(note.text);
       if (!IsUnknown(note.remark) && !IsFatal(note.remark)) return;
       notes.push_back({note.remark, note.line, std::string(note.text)});
     });
@@ -57,6 +53,7 @@ class DescriptionFileTest : public ::testing::Test {
   };
 
   DescriptionGrammar grammar{.comment = "--", .unknownSectionFails = true};
+  std::string last;
   std::vector<std::string> lines;
   std::vector<Note> notes;
 };
@@ -238,14 +235,14 @@ TEST_F(DescriptionFileTest, WithoutAListenerTheVerdictIsTheSame) {
 TEST_F(DescriptionFileTest, OfSeveralSectionsTheFirstThatMatchesReads) {
   uint32_t first = 0;
   uint32_t second = 0;
-  EXPECT_TRUE(ReadWith("[S]\nx=5\n", {{"s", AnyKey(first)}, {"S", AnyKey(second)}}));
+  EXPECT_TRUE(ReadWith("[S]\nx=5\n", {{"s", AnyKey{first}}, {"S", AnyKey{second}}}));
   EXPECT_EQ(first, 5U);
   EXPECT_EQ(second, 0U);
 }
 
 TEST_F(DescriptionFileTest, AnyKeyWantsAnEqualsSignAndANumber) {
   uint32_t field = 1;
-  const std::vector<DescriptionSection> sections = {{"S", AnyKey(field)}};
+  const std::vector<DescriptionSection> sections = {{"S", AnyKey{field}}};
   EXPECT_TRUE(ReadWith("[S]\nwhat ever = 64K\n= 12\n", sections));
   EXPECT_EQ(field, 12U);
   EXPECT_FALSE(ReadWith("[S]\n12\n", sections));
@@ -257,15 +254,15 @@ TEST_F(DescriptionFileTest, AnyKeyWantsAnEqualsSignAndANumber) {
 
 TEST_F(DescriptionFileTest, WholeLineKeepsTheLastLine) {
   std::string field;
-  EXPECT_TRUE(ReadWith("[S]\nfirst\nModel = X ;\n", {{"S", WholeLine(field)}}));
+  EXPECT_TRUE(ReadWith("[S]\nfirst\nModel = X ;\n", {{"S", WholeLine{field}}}));
   EXPECT_EQ(field, "Model = X ;");
 }
 
 TEST_F(DescriptionFileTest, NumbersAreAppendedInTheOrderOfTheLines) {
   std::vector<uint32_t> list;
-  EXPECT_TRUE(ReadWith("[S]\n0x20\n 10H \n5\n", {{"S", Numbers(list)}}));
+  EXPECT_TRUE(ReadWith("[S]\n0x20\n 10H \n5\n", {{"S", Numbers{list}}}));
   EXPECT_THAT(list, ElementsAre(0x20U, 0x10U, 5U));
-  EXPECT_FALSE(ReadWith("[S]\n7\nx\n8\n", {{"S", Numbers(list)}}));
+  EXPECT_FALSE(ReadWith("[S]\n7\nx\n8\n", {{"S", Numbers{list}}}));
   EXPECT_THAT(list, ElementsAre(0x20U, 0x10U, 5U, 7U));
 }
 
@@ -277,7 +274,7 @@ TEST_F(DescriptionFileTest, AListIsTheSameWhoeverListens) {
       std::string(98, '0') + "123\n[T]\n4\n[S]\n6";
   const auto listOf = [&](const DescriptionListener& listener) {
     std::vector<uint32_t> list;
-    EXPECT_TRUE(ReadDescription(text, {.comment = "//"}, {{"S", Numbers(list)}}, listener));
+    EXPECT_TRUE(ReadDescription(text, {.comment = "//"}, {{"S", Numbers{list}}}, listener));
     return list;
   };
   const RecordedLog log;
@@ -291,7 +288,7 @@ TEST_F(DescriptionFileTest, AListIsTheSameWhoeverListens) {
 TEST_F(DescriptionFileTest, AListThatNobodyHearsOfFailsAtWhatIsNoNumber) {
   std::vector<uint32_t> list;
   EXPECT_FALSE(
-      ReadDescription("[S]\n12\n0x1G\n3\n", {.comment = "//"}, {{"S", Numbers(list)}}, {}));
+      ReadDescription("[S]\n12\n0x1G\n3\n", {.comment = "//"}, {{"S", Numbers{list}}}, {}));
   EXPECT_THAT(list, ElementsAre(12U));
 }
 
@@ -307,7 +304,7 @@ TEST_F(DescriptionFileTest, CyclesTakeNamedKeysThenAddressesThenData) {
   std::vector<uint32_t> addresses;
   std::vector<uint32_t> data;
   EXPECT_TRUE(ReadWith("[S]\nADDR3=3\nmy data=13\nCycles=2\nDataAddr=4\nFoo=oops\nDATA1=11\n",
-                       {{"S", Cycles({{"cycles", count}}, addresses, data)}}));
+                       {{"S", Cycles{{{"cycles", count}}, addresses, data}}}));
   EXPECT_EQ(count, 2U);
   EXPECT_THAT(addresses, ElementsAre(3U, 4U));
   EXPECT_THAT(data, ElementsAre(13U, 11U));

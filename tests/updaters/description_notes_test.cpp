@@ -28,12 +28,12 @@ class DescriptionNotesTest : public ::testing::Test {
     notes.clear();
     return ReadDescription(
         text, {.comment = "//", .unknownSectionFails = false},
-        {{"List", Numbers(list)},
-         {"Any", AnyKey(any)},
-         {"Flag", AnyKeyFlag(flag)},
-         {"Text", WholeLine(text1)},
-         {"Named", NamedKeys({{"Number", number}, {"Name", name}})},
-         {"Cycles", Cycles({}, list, other)}},
+        {{"List", Numbers{list}},
+         {"Any", AnyKey{any}},
+         {"Flag", AnyKeyFlag{flag}},
+         {"Text", WholeLine{text1}},
+         {"Named", NamedKeys{{{"Number", number}, {"Name", name}}}},
+         {"Cycles", Cycles{{}, list, other}}},
         [this](const DescriptionNote& note) {
           fields.push_back(note.field);
           lineTexts.emplace_back(note.lineText);
@@ -113,6 +113,17 @@ TEST_F(DescriptionNotesTest, WhatIsNotTextIsTold) {
   EXPECT_TRUE(Read("[List]\n1\0002\n"s));
   EXPECT_THAT(notes, ElementsAre(FieldsAre(Remark::kNul, 2, 2, "\0002\n"s),
                                  FieldsAre(Remark::kEntry, 2, 1, "1")));
+}
+
+TEST_F(DescriptionNotesTest, EmptyLinesAndLineEndsBehind99BytesAreCounted) {
+  for (const size_t length : {size_t{98}, size_t{99}, size_t{100}}) {
+    for (const char* end : {"\n", "\r\n"}) {
+      std::string text = "\n\n;" + std::string(length - 2, 'x') + ";";
+      text.append(end).append("\n\n[List]\n\n 7\n");
+      EXPECT_TRUE(Read(text));
+      EXPECT_THAT(notes.back(), FieldsAre(Remark::kEntry, 8, 2, "7")) << length;
+    }
+  }
 }
 
 }  // namespace

@@ -28,12 +28,9 @@ bool A1Update::LoadFiles() {
     mode = flash.mode;
     if (!isRead) return Refuse(LoadRefusal::kDescription);
   }
-  if (!CheckConfig() || !LoadImage() || !PlanSteps()) return false;
-  const auto length = static_cast<uint64_t>(imageLength);
-  const uint64_t blocks = (length + flash.dataLength - 1) / flash.dataLength;
   writeAddress = 0;
   sentTotal = 0;
-  return SetStepCount(blocks + kFramingSteps);
+  return CheckConfig() && LoadImage() && PlanSteps() && CountSteps();
 }
 
 bool A1Update::CheckConfig() {
@@ -49,6 +46,11 @@ bool A1Update::PlanSteps() {
   if (imageLength > room) return Refuse(LoadRefusal::kImageTooLong);
   if (imageLength < flash.dataLength) flash.dataLength = static_cast<uint32_t>(imageLength);
   return true;
+}
+
+bool A1Update::CountSteps() {
+  const auto length = static_cast<uint64_t>(imageLength);
+  return SetStepCount((length + flash.dataLength - 1) / flash.dataLength + kFramingSteps);
 }
 
 bool A1Update::RunStep(uint32_t index) {

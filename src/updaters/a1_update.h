@@ -19,6 +19,7 @@ class A1Update final : public AXUpdate {
   [[nodiscard]] bool LoadFiles() override;
   [[nodiscard]] bool CheckConfig() override;
   [[nodiscard]] bool PlanSteps() override;
+  [[nodiscard]] bool CountSteps();  // one for each block of the image, begun ones too, and two more
   [[nodiscard]] bool RunStep(uint32_t index) override;  // writes block `index`
   [[nodiscard]] bool VerifyImage() override;
 

@@ -153,6 +153,23 @@ TEST_F(A1LoadTest, AStartAddressBeyondHalfTheChipWrapsToALargeRoom) {
   EXPECT_TRUE(MakeUpdate(1000, 1000, "Start Address=0x80000000\n").LoadFiles());
 }
 
+TEST_F(A1LoadTest, BlocksOfMoreThanTwoToThe31BytesAreAllCounted) {
+  A1Update update("", "");
+  update.flash.dataLength = 0x10000;
+  for (const auto& [length, steps] :
+       std::vector<std::pair<int64_t, uint32_t>>{{0x7FFF0000, 32769},
+                                                 {0x7FFF0001, 32770},
+                                                 {0x80000000, 32770},
+                                                 {0x80000001, 32771},
+                                                 {0xFFFF0000, 65537},
+                                                 {0xFFFF0001, 65538},
+                                                 {0xFFFFFFFF, 65538}}) {
+    update.imageLength = length;
+    EXPECT_TRUE(update.CountSteps()) << length;
+    EXPECT_EQ(update.stepCount, steps) << length;
+  }
+}
+
 TEST_F(A1LoadTest, PlanningComparesMoreThanThirtyTwoBitsOfTheLength) {
   A1Update update("", "");
   update.flash.chipSize = 0xFFFFFFFF;

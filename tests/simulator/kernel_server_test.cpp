@@ -99,7 +99,7 @@ class KernelServerTest : public testing::Test {
   }
 
   void Send(const Bytes& report) {
-    write(port.hosts[port.plugs - 1], report.data(), report.size());
+    EXPECT_EQ(write(port.hosts[port.plugs - 1], report.data(), report.size()), ssize(report));
   }
 
   // Empty when the keyboard was unplugged.

@@ -17,11 +17,14 @@
 #include <vector>
 
 #include "tests/campaign/fault_matrix.h"
+#include "tests/campaign/resources.h"
 
 namespace hollin::campaign {
 namespace {
 
 constexpr uint64_t kFewestRuns = 150000;
+constexpr uint64_t kFirstRuns = 100;     // after these everything is there that stays
+constexpr size_t kMostGrowth = 0x10000;  // bytes, for what all the other runs leave together
 
 struct Figures {
   uint64_t runs = 0;
@@ -47,9 +50,30 @@ void Count(const RunResult& result, Figures& figures) {
                .longestPause = result.paused.count()});
 }
 
+// What the runs leave behind, from the last of the first ones on.
+class Growth {
+ public:
+  // Is told of every run, once it has ended.
+  void CountRun() {
+    if (++runs != kFirstRuns) return;
+    descriptors = OpenDescriptors();
+    bytes = AllocatedBytes();
+  }
+  [[nodiscard]] bool IsFound() const {
+    return runs > kFirstRuns &&
+           (OpenDescriptors() != descriptors || AllocatedBytes() > bytes + kMostGrowth);
+  }
+
+ private:
+  uint64_t runs = 0;
+  size_t descriptors = 0;
+  size_t bytes = 0;
+};
+
 // Every `jobs`-th fault from the `job`-th on.
 Figures RunShare(CampaignUpdate& update, size_t job, size_t jobs) {
   Figures figures;
+  Growth growth;
   const std::vector<RunFault> faults = update.Faults();
   for (size_t i = job; i < faults.size(); i += jobs) {
     const RunResult result = update.Run(faults[i]);
@@ -58,6 +82,11 @@ Figures RunShare(CampaignUpdate& update, size_t job, size_t jobs) {
     for (const std::string& violation : result.violations) {
       std::printf("  %s: %s\n", TextOf(faults[i]).c_str(), violation.c_str());
     }
+    growth.CountRun();
+  }
+  if (growth.IsFound()) {
+    std::printf("  descriptors or memory were left behind\n");
+    figures.violations++;
   }
   return figures;
 }

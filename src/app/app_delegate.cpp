@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/app_delegate.h"
 
-#include <QFile>
+#include <QCoreApplication>
 #include <QUndoStack>
 #include <utility>
 
@@ -16,11 +16,6 @@
 #include "base/log.h"
 
 namespace hollin {
-namespace {
-
-QString Shown(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
-
-}  // namespace
 
 AppDelegate::AppDelegate(std::string bundlePath) : bundle(std::move(bundlePath)) {}
 
@@ -37,7 +32,7 @@ bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
 }
 
 QUrl AppDelegate::applicationFilesDirectory() {
-  return QUrl::fromLocalFile(Shown(ApplicationDataFolder()));
+  return QUrl::fromLocalFile(ShownPath(ApplicationDataFolder()));
 }
 
 const ObjectModel* AppDelegate::managedObjectModel() {
@@ -76,7 +71,7 @@ bool AppDelegate::EnsureDataFolder() {
   Present({.domain = kDelegateErrorDomain,
            .code = kFileInFoldersPlace,
            .description = tr("Expected a folder to store application data, found a file (%1).")
-                              .arg(Shown(folder))});
+                              .arg(ShownPath(folder))});
   return false;
 }
 

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/app_error.h"
 
+#include <QFile>
 #include <cstring>
 
 namespace hollin {
+
+QString ShownPath(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
 
 AppError SystemError(int number, const QString& description) {
   return {.domain = kSystemErrorDomain,

@@ -3,7 +3,9 @@
 // domains and codes.
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
+#include <string>
 
 namespace hollin {
 
@@ -31,6 +33,14 @@ struct AppError {
     return domain == otherDomain && code == otherCode;
   }
 };
+
+// The words of these errors, as translators know them.
+struct DataStoreText {
+  Q_DECLARE_TR_FUNCTIONS(DataStore)
+};
+
+// A path as people read it.
+[[nodiscard]] QString ShownPath(const std::string& path);
 
 // The error that errno stands for.
 [[nodiscard]] AppError SystemError(int number, const QString& description);

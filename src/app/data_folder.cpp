@@ -3,22 +3,11 @@
 
 #include <sys/stat.h>
 
-#include <QCoreApplication>
-#include <QFile>
 #include <cerrno>
 
 #include "app/user_folders.h"
 
 namespace hollin {
-namespace {
-
-struct DataStoreText {
-  Q_DECLARE_TR_FUNCTIONS(DataStore)
-};
-
-QString Shown(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
-
-}  // namespace
 
 std::string ApplicationDataFolder() {
   const std::string folder = UserDataFolder();
@@ -33,7 +22,7 @@ bool QueryFolder(const std::string& path, bool& isFolder, AppError& error) {
   }
   error = SystemError(errno,
                       DataStoreText::tr("The folder for application data cannot be examined (%1).")
-                          .arg(Shown(path)));
+                          .arg(ShownPath(path)));
   if (error.code != ENOENT || path.empty()) return false;
   error.domain = kFileErrorDomain;
   error.code = kNoSuchFile;
@@ -43,9 +32,9 @@ bool QueryFolder(const std::string& path, bool& isFolder, AppError& error) {
 bool CreateFolder(const std::string& path, AppError& error) {
   const int number = MakeFolder(path);
   if (number == 0) return true;
-  error = SystemError(
-      number,
-      DataStoreText::tr("The folder for application data cannot be made (%1).").arg(Shown(path)));
+  error =
+      SystemError(number, DataStoreText::tr("The folder for application data cannot be made (%1).")
+                              .arg(ShownPath(path)));
   return false;
 }
 

@@ -20,12 +20,6 @@ namespace {
 
 constexpr char kVersion[] = "1";
 
-struct DataStoreText {
-  Q_DECLARE_TR_FUNCTIONS(DataStore)
-};
-
-QString Shown(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
-
 bool IsMissing(const std::string& path) {
   struct stat status = {};
   return lstat(path.c_str(), &status) != 0 && errno == ENOENT;
@@ -35,7 +29,7 @@ AppError ReadError(int code, const std::string& path, const QString& reason) {
   return {.domain = kStoreErrorDomain,
           .code = code,
           .description =
-              DataStoreText::tr("The application data cannot be read (%1).").arg(Shown(path)),
+              DataStoreText::tr("The application data cannot be read (%1).").arg(ShownPath(path)),
           .failureReason = reason};
 }
 
@@ -91,7 +85,7 @@ int LastError() { return errno != 0 ? errno : EIO; }
 // 0, or errno.
 int ReplaceFile(const std::string& path, const QByteArray& text) {
   if (static_cast<uint64_t>(text.size()) > kLargestXmlFile) return EFBIG;  // unreadable afterwards
-  const QString name = Shown(path);
+  const QString name = ShownPath(path);
   if (QFile::encodeName(name).toStdString() != path) return EILSEQ;
   QSaveFile file(name);
   errno = 0;
@@ -132,7 +126,7 @@ bool WriteXmlStore(const std::string& path, const StoredObjects& objects, AppErr
   const int number = ReplaceFile(path, TextOf(objects));
   if (number == 0) return true;
   error = SystemError(
-      number, DataStoreText::tr("The application data cannot be saved (%1).").arg(Shown(path)));
+      number, DataStoreText::tr("The application data cannot be saved (%1).").arg(ShownPath(path)));
   return false;
 }
 

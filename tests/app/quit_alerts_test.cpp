@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kQuitOfTheDesktop = 0;  // the others are signals
 
-std::string NameOf(const ::testing::TestParamInfo<int>& test) {
+std::string NameOfWay(const ::testing::TestParamInfo<int>& test) {
   return test.param == kQuitOfTheDesktop ? "Quit" : std::string("SIG") + sigabbrev_np(test.param);
 }
 
@@ -120,7 +120,7 @@ TEST_P(QuitAlertsTest, OfTheAboutBox) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, QuitAlertsTest,
-                         ::testing::Values(kQuitOfTheDesktop, SIGTERM, SIGINT, SIGHUP), NameOf);
+                         ::testing::Values(kQuitOfTheDesktop, SIGTERM, SIGINT, SIGHUP), NameOfWay);
 
 using SecondStartSignalTest = QuitAlertsTest;
 
@@ -137,7 +137,7 @@ TEST_P(SecondStartSignalTest, EndsTheStartThatWaitsAndNothingElse) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, SecondStartSignalTest, ::testing::Values(SIGTERM, SIGINT, SIGHUP),
-                         NameOf);
+                         NameOfWay);
 
 }  // namespace
 }  // namespace hollin

@@ -55,13 +55,13 @@ TEST_P(QuitPointsTest, ProgramIsGoneWithItsFilesAndTheKeyboardCanBeUpdatedAgain)
   }
 }
 
-std::string NameOf(const ::testing::TestParamInfo<QuitCase>& test) {
+std::string NameOfCase(const ::testing::TestParamInfo<QuitCase>& test) {
   const int way = test.param.way;
   return std::string(test.param.update.dataType) + "_" +
          (way == kQuitOfTheMenu ? "Quit" : std::string("SIG") + sigabbrev_np(way));
 }
 
-INSTANTIATE_TEST_SUITE_P(Updates, QuitPointsTest, ::testing::ValuesIn(QuitCases()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Updates, QuitPointsTest, ::testing::ValuesIn(QuitCases()), NameOfCase);
 
 class ClosePointsTest : public ProgramAtPointTest,
                         public ::testing::WithParamInterface<PointUpdate> {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kConnectionName = "test";
 
-const Subprocess::Setup kDaemon = {
+const Subprocess::Setup kSessionDaemon = {
     .command = {"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address=1"}};
 
 QDBusMessage CallOf(const QString& method, const QVariantList& arguments) {
@@ -23,7 +23,7 @@ QDBusMessage CallOf(const QString& method, const QVariantList& arguments) {
 
 }  // namespace
 
-SessionBus::SessionBus() : daemon(kDaemon), connection("") {
+SessionBus::SessionBus() : daemon(kSessionDaemon), connection("") {
   if (!daemon.ReadUntil("\n")) throw std::runtime_error("no session bus: " + daemon.Err());
   address = daemon.Out().substr(0, daemon.Out().find('\n'));
   connection = QDBusConnection::connectToBus(QString::fromStdString(address), kConnectionName);

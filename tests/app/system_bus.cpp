@@ -10,14 +10,14 @@
 namespace hollin {
 namespace {
 
-const Subprocess::Setup kDaemon = {
+const Subprocess::Setup kSystemDaemon = {
     .command = {"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address"}};
 const Subprocess::Setup kLogind = {
     .command = {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"}};
 
 }  // namespace
 
-SystemBus::SystemBus() : daemon(kDaemon) {
+SystemBus::SystemBus() : daemon(kSystemDaemon) {
   if (!daemon.ReadUntil("\n")) throw std::runtime_error("no bus: " + daemon.Err());
   address = daemon.Out().substr(0, daemon.Out().find('\n'));
   setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);

@@ -20,7 +20,7 @@
 namespace hollin {
 namespace {
 
-constexpr const char* kNameAndVersion = "Hollin " HOLLIN_VERSION;
+constexpr const char* kAboutHeading = "Hollin " HOLLIN_VERSION;
 
 TEST_F(WindowLanguageTest, LocaleWithoutATranslationShowsTheEnglishTexts) {
   Launch("C");
@@ -54,7 +54,7 @@ TEST_F(WindowLanguageTest, GermanWindowHasNoEnglishTextLeft) {
   german.insert(german.end(), about.begin(), about.end());
   ASSERT_EQ(german.size(), english.size());
   // The same in every language.
-  const std::vector<std::string> names = {"",       "\u2013",       "&Keyboard", kNameAndVersion,
+  const std::vector<std::string> names = {"",       "\u2013",       "&Keyboard", kAboutHeading,
                                           "Hollin", "MIT",          "Qt 6",      "LGPL-3.0",
                                           "hidapi", "BSD-3-Clause", "libudev",   "LGPL-2.1",
                                           "{fmt}",  "utfcpp",       "BSL-1.0"};

@@ -22,7 +22,7 @@
 namespace hollin {
 namespace {
 
-constexpr const char* kHollin = HOLLIN_BIN_DIR "/hollin";
+constexpr const char* kProgram = HOLLIN_BIN_DIR "/hollin";
 constexpr size_t kFlashSize = 1024;
 constexpr size_t kImageSize = 1000;  // of blocks of 256 bytes
 
@@ -69,7 +69,7 @@ class WindowProgramTest : public ::testing::Test {
     hollin.emplace(Subprocess::Setup{.command = command, .environment = environment});
     ASSERT_TRUE(Eventually([this] { return desktop.Shows(caption); }));
   }
-  void StartWithPackage(const std::string& program = kHollin) {
+  void StartWithPackage(const std::string& program = kProgram) {
     Start({program, folder.Write("sample.dat", SamplePackage())});
     ASSERT_TRUE(Eventually([this] { return !Recorded("enumerate").empty(); }));
   }
@@ -145,8 +145,8 @@ TEST_F(WindowProgramTest, TwoPacksAreWrittenEachIntoItsFlash) {
   const FileContents c1 = Example("c1.ini");
   const Bytes a2Image = Counting(kSector, 1) + Counting(kSector, 2) + Counting(1000, 3);
   const Bytes c1Image = Counting(kSector, 4) + Counting(777, 5);
-  Start({kHollin, folder.Write("two.dat", PackageOf({{"A2", a2.View(), a2Image},
-                                                     {"C1", c1.View(), c1Image}}))});
+  Start({kProgram, folder.Write("two.dat", PackageOf({{"A2", a2.View(), a2Image},
+                                                      {"C1", c1.View(), c1Image}}))});
   ASSERT_TRUE(Eventually([this] { return !Recorded("enumerate").empty(); }));
   PressUpdate();
   ExpectAlert("Information");
@@ -214,14 +214,14 @@ TEST_F(WindowProgramTest, QuittingDuringTheFinalAlertIsClean) {
 }
 
 TEST_F(WindowProgramTest, IgnoredHangupStaysIgnored) {
-  Start({"/usr/bin/nohup", kHollin});
+  Start({"/usr/bin/nohup", kProgram});
   hollin->Signal(SIGHUP);
   desktop.Press(caption, "space");  // and it goes on to do what it is told
   EXPECT_TRUE(Eventually([this] { return desktop.Shows("Open File"); }));
 }
 
 TEST_F(WindowProgramTest, PackageThatCannotBeReadIsSaidOverTheShownWindow) {
-  Start({kHollin, folder.Path("missing.dat")});
+  Start({kProgram, folder.Path("missing.dat")});
   ExpectAlert("Error");
   DismissAlert("Error");
   EXPECT_TRUE(desktop.Shows(caption));
@@ -229,7 +229,8 @@ TEST_F(WindowProgramTest, PackageThatCannotBeReadIsSaidOverTheShownWindow) {
 
 TEST_F(WindowProgramTest, ConfigurationBesideTheBundleGivesCaptionAndIds) {
   std::filesystem::create_directory(folder.Path("Hollin.app"));
-  std::filesystem::copy_file(std::filesystem::canonical(kHollin), folder.Path("Hollin.app/hollin"));
+  std::filesystem::copy_file(std::filesystem::canonical(kProgram),
+                             folder.Path("Hollin.app/hollin"));
   folder.Write("Config.ini",
                "IDC_VID=1234 ; without prefix\nIDC_PID=0x2abcd\nIDS_STRING_CAPTION = My caption");
   caption = "My caption";
@@ -241,7 +242,7 @@ TEST_F(WindowProgramTest, ConfigurationBesideTheBundleGivesCaptionAndIds) {
 
 TEST_F(WindowProgramTest, DesktopIsToldTheProgramsIcon) {
   constexpr size_t kLargest = size_t{128} * 128;
-  Start({kHollin});
+  Start({kProgram});
   EXPECT_TRUE(Eventually([&] { return desktop.HasProperty(caption, "_NET_WM_ICON", kLargest); }));
 }
 
@@ -255,7 +256,7 @@ TEST_F(WindowProgramTest, SavingMakesTheStoreAndStartingDoesNot) {
 }
 
 TEST_F(WindowProgramTest, UndoMakesTheDataFolderAndNothingElse) {
-  Start({kHollin});
+  Start({kProgram});
   desktop.Press(caption, "ctrl+z");
   EXPECT_TRUE(Eventually([this] { return std::filesystem::exists(DataFolder()); }));
   desktop.Press(caption, "ctrl+q");
@@ -315,7 +316,7 @@ TEST_F(WindowProgramTest, KilledProgramDoesNotKeepTheNextOneOut) {
   hollin->Signal(SIGKILL);
   EXPECT_EQ(hollin->Wait(), -SIGKILL);
   EXPECT_TRUE(TempFilesExist());
-  Start({kHollin, folder.Path("sample.dat")});
+  Start({kProgram, folder.Path("sample.dat")});
   EXPECT_TRUE(Eventually([this] { return Recorded("enumerate").size() == 2; }));
   hollin->Signal(SIGTERM);
   ExpectQuit();

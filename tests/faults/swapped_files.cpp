@@ -17,7 +17,7 @@ namespace {
 
 using Path = const std::string&;
 
-std::string ContentsOf(Path path) {
+std::string TextOfFile(Path path) {
   struct stat status = {};
   if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return "nothing";
   std::ifstream file(path, std::ios::binary);
@@ -49,7 +49,7 @@ void ChangeInPlace(Path path, const Change& change) {
 void PutAnother(Path path) { Replace(path, "not of the package"); }
 
 void PutOneOfItsLength(Path path) {
-  std::string text = ContentsOf(path);
+  std::string text = TextOfFile(path);
   if (!text.empty()) text.back() = static_cast<char>(~text.back());
   Replace(path, text);
 }

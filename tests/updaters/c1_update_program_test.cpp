@@ -7,7 +7,7 @@
 namespace hollin {
 namespace {
 
-const Messages kErase{Hex("02 00 00 00 00"), Hex("03 00 00 00 00")};
+const Messages kEraseMessages{Hex("02 00 00 00 00"), Hex("03 00 00 00 00")};
 // Bytes 00 to 1F.
 const Bytes kHeader = Hex("07 00 00 00 00 20 00 00 00 F0 01 00");
 
@@ -41,7 +41,8 @@ class C1UpdateProgramTest : public C1Test {
 
 TEST_F(C1UpdateProgramTest, ASectorIsErasedAnnouncedAndSent) {
   ASSERT_TRUE(update.RunStep(0));
-  EXPECT_EQ(hidapi.SentMessages(), (Messages{kErase[0], kErase[1], kHeader, Counting(32)}));
+  EXPECT_EQ(hidapi.SentMessages(),
+            (Messages{kEraseMessages[0], kEraseMessages[1], kHeader, Counting(32)}));
   EXPECT_EQ(update.readPosition, 32U);
   EXPECT_EQ(update.bytesDone, 32U);
 }

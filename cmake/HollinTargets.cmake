@@ -50,6 +50,7 @@ file(CHMOD "${HOLLIN_TEST_RUNTIME_DIR}" PERMISSIONS OWNER_READ OWNER_WRITE OWNER
 function(hollin_test name)
   cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LOCKS;ENVIRONMENT" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
+  set_target_properties(${name} PROPERTIES UNITY_BUILD ${HOLLIN_UNITY_TESTS})
   target_link_libraries(${name} PRIVATE hollin_options ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
   if(NOT arg_LIBRARIES MATCHES "Qt6::")  # Qt asks for other options of code generation
     hollin_test_headers()

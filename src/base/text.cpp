@@ -20,10 +20,6 @@ bool IsBlank(char32_t c) {
 
 bool IsAsciiBlank(char c) { return (c >= 0x09 && c <= 0x0D) || c == 0x20; }
 
-std::string_view Between(const char* begin, const char* end) {
-  return {begin, static_cast<size_t>(end - begin)};
-}
-
 std::string_view TrimDecoded(const char* begin, const char* end) {
   for (const char* next = begin; begin != end && IsBlank(utf8::unchecked::next(next));) {
     begin = next;

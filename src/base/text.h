@@ -3,10 +3,16 @@
 // functions bear it.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace hollin {
+
+// The text from `begin` up to `end`, which are places in one text.
+[[nodiscard]] inline std::string_view Between(const char* begin, const char* end) {
+  return {begin, static_cast<size_t>(end - begin)};
+}
 
 [[nodiscard]] bool IsValidUtf8(std::string_view text);
 

@@ -9,11 +9,9 @@
 #include <functional>
 #include <string_view>
 
-namespace hollin {
+#include "base/text.h"
 
-inline std::string_view Between(const char* begin, const char* end) {
-  return {begin, static_cast<size_t>(end - begin)};
-}
+namespace hollin {
 
 class DescriptionPieces {
  public:

@@ -146,6 +146,7 @@ TEST_F(WindowUpdateTest, SlotsDoNothingWhileUpdating) {
   window->UpdateDevice();
   pauses.AwaitPause();
   hidapi.calls.clear();
+  const std::pair ids(HidDevice::vendorId, HidDevice::productId);
   Open(folder.Write("good.dat", MakePackage()));
   window->OpenDatAtPath(folder.Path("good.dat"));
   window->RefreshDevice();
@@ -153,6 +154,7 @@ TEST_F(WindowUpdateTest, SlotsDoNothingWhileUpdating) {
   EXPECT_EQ(window->panelCount, 0);
   EXPECT_EQ(Path(), "");
   EXPECT_TRUE(hidapi.calls.empty());
+  EXPECT_EQ(std::pair(HidDevice::vendorId, HidDevice::productId), ids);
   EXPECT_EQ(ButtonStates(), kUpdating);
   EXPECT_EQ(update.steps.size(), 1U);
   pauses.Release();

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The longest message that there can be, 2^32 - 1 bytes, to the end: to a hidapi of its own, which
-// only looks at each report. Should they not end, it refuses the first that is too many.
+// only looks at each report. Should they not end, it refuses the first that is too many. The
+// message is one mebibyte of memory that is mapped again and again.
 #include <gtest/gtest.h>
 #include <hidapi.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -18,6 +21,11 @@ namespace {
 constexpr uint32_t kLength = std::numeric_limits<uint32_t>::max();
 constexpr uint32_t kReports = 78090315;       // 78,090,314 of 55 bytes, and one of 25
 constexpr uint32_t kLastOffset = 0xFFFFFFE6;  // 25 bytes before the end
+
+constexpr size_t kPiece = 0x100000;
+
+// Neighbours of 55 bytes differ: 251 and 55 have nothing in common.
+constexpr uint8_t ByteAt(uint64_t place) { return static_cast<uint8_t>(place % kPiece % 251); }
 
 hid_device_ device;
 uint32_t written = 0;
@@ -42,8 +50,10 @@ int hid_read(hid_device* /*device*/, unsigned char* /*data*/, size_t /*length*/)
 int hid_write(hid_device* /*device*/, const unsigned char* data, size_t length) {
   const hollin::ByteView report(data, length);
   lastOffset = hollin::ReadU32(report, 5);
+  const uint64_t last = std::min<uint64_t>(uint64_t{lastOffset} + 55, kLength) - 1;
   isRight = isRight && length == 64 && data[0] == 0x51 && hollin::ReadU32(report, 1) == kLength &&
-            lastOffset == nextOffset;
+            lastOffset == nextOffset && data[9] == ByteAt(lastOffset) &&
+            data[9 + last - lastOffset] == ByteAt(last);
   nextOffset += 55;
   written++;
   return written > kReports ? -1 : static_cast<int>(length);
@@ -52,17 +62,39 @@ int hid_write(hid_device* /*device*/, const unsigned char* data, size_t length) 
 namespace hollin {
 namespace {
 
-TEST(GiantMessageTest, AMessageOfTwoToTheThirtySecondLessOneIsSentWhole) {
-  void* const memory =
-      mmap(nullptr, kLength, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  ASSERT_NE(memory, MAP_FAILED);
-  HidDevice::handle = &device;
-  EXPECT_TRUE(HidDevice::SendMessage({static_cast<const uint8_t*>(memory), kLength}));
-  HidDevice::handle = nullptr;
+class GiantMessageTest : public ::testing::Test {
+ protected:
+  static constexpr size_t kMapped = size_t{1} << 32;
+
+  void SetUp() override {
+    Bytes piece(kPiece);
+    for (size_t place = 0; place < kPiece; place++) piece[place] = ByteAt(place);
+    const int file = memfd_create("piece", MFD_CLOEXEC);
+    ASSERT_EQ(write(file, piece.data(), kPiece), ssize_t{kPiece});
+    void* const reserved = mmap(nullptr, kMapped, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(reserved, MAP_FAILED);
+    message = static_cast<uint8_t*>(reserved);
+    for (size_t place = 0; place < kMapped; place += kPiece) {
+      ASSERT_NE(mmap(message + place, kPiece, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0),
+                MAP_FAILED);
+    }
+    close(file);
+    HidDevice::handle = &device;
+  }
+
+  void TearDown() override {
+    HidDevice::handle = nullptr;
+    munmap(message, kMapped);
+  }
+
+  uint8_t* message = nullptr;
+};
+
+TEST_F(GiantMessageTest, AMessageOfTwoToTheThirtySecondLessOneIsSentWhole) {
+  EXPECT_TRUE(HidDevice::SendMessage({message, kLength}));
   EXPECT_TRUE(isRight);
   EXPECT_EQ(written, kReports);
   EXPECT_EQ(lastOffset, kLastOffset);
-  munmap(memory, kLength);
 }
 
 }  // namespace

@@ -54,8 +54,7 @@ def opening():
              for kind in KINDS]
     for kind in KINDS:
         lines += [at_most(f"opening a package of 256 MiB, over the floor, {kind}", over_floor(kind, 256 * MIB, 3), 1.25),
-                  at_most(f"opening: time per MiB at 256 MiB over 16 MiB, {kind}", growth(kind), 1.15, "", 2,
-                          "it may be that the host of a virtual machine slowed it down between two sizes")]
+                  at_most(f"opening: time per MiB at 256 MiB over 16 MiB, {kind}", growth(kind), 1.15)]
     return lines
 
 

@@ -1,9 +1,11 @@
 # SPDX-License-Identifier: MIT
 """Running and measuring programs."""
 import contextlib
+import ctypes
 import functools
 import os
 import shutil
+import signal
 import statistics
 import subprocess
 import tempfile
@@ -90,12 +92,17 @@ def median_ratio(results):
     return statistics.median(a / b for a, b in results)
 
 
+LIBC = ctypes.CDLL(None)
+
+
 @contextlib.contextmanager
-def background(*command, env=(), **options):
-    """A program that runs meanwhile, and ends with this one at the latest."""
+def background(*command, env=(), at_start=lambda: None, **options):
+    """A program that runs meanwhile, and ends with this one at the latest. `at_start` is called in its process, just before."""
+    def prepare():
+        LIBC.prctl(1, signal.SIGTERM)  # PR_SET_PDEATHSIG
+        at_start()
     process = subprocess.Popen(
-        ["setpriv", "--pdeathsig", "TERM", *(str(part) for part in command)], env=environment(env),
-        stdin=subprocess.DEVNULL, **options)
+        [str(part) for part in command], env=environment(env), stdin=subprocess.DEVNULL, preexec_fn=prepare, **options)
     try:
         yield process
     finally:

@@ -81,7 +81,7 @@ def cpu_of_update(path):
 
 
 def nanoseconds_of_steps(path):
-    """Everything, the first hundred steps, the last hundred, one more update, two bare passes over its image."""
+    """Everything, the first hundred steps, the last hundred, one more update, the bare passes over its image."""
     return [float(number) for number in tools.output(tools.OWN / "hollin_update_steps", path).split()]
 
 
@@ -99,8 +99,8 @@ def update_cpu():
                               lambda: [time * 4 for time in nanoseconds_of_steps(small)])
         growth = statistics.median(large[3] / small[3] for large, small in results)
         bare = statistics.median((large[4] - small[4]) / small[3] for large, small in results)
-        note = (f"{bare:.2f} of it are the memory's: one bare pass over the image that copies it into reports and one that sums "
-                "it cost that much more a MiB once it is larger than the caches")
+        note = (f"{bare:.2f} of it are the memory's: to sum every block, copy it into reports and sum the image in the end costs "
+                "that much more a MiB where the image is larger than the caches")
         lines += [
             at_most(f"CPU of an update of 64 MiB, over 2 ms a MiB and 0.5 ms a step, {kind}", whole, 1),
             Line(f"CPU per MiB at 64 MiB over that at 256 KiB, {kind}", "0.90 to 1.10", f"{growth:.2f}",

@@ -36,6 +36,9 @@ constexpr wchar_t kProduct[] = L"TS30 (simulated)";
 constexpr wchar_t kSerialNumber[] = L"";
 constexpr int kFailed = -1;
 
+// What went wrong last where there is no device to ask, as hidapi keeps it.
+const wchar_t* lastError = L"Success";
+
 void Record(const std::string& call) {
   if (TheBackend().RecordsCalls()) TheBackend().Record(call);
 }
@@ -45,6 +48,11 @@ void RecordIds(const char* verb, unsigned vendorId, unsigned productId, const st
   char call[64];
   std::snprintf(call, sizeof call, "%s %04x %04x -> ", verb, vendorId, productId);
   Record(call + result);
+}
+
+hid_device* Opened(hid_device* device) {
+  lastError = device != nullptr ? L"Success" : L"Failed to open a simulated keyboard";
+  return device;
 }
 
 // "write 51 04 00", followed by "-> failed" where it did.
@@ -155,14 +163,14 @@ hid_device* hid_open(unsigned short vendor_id, unsigned short product_id,
            (serial_number == nullptr || std::wcscmp(serial_number, kSerialNumber) == 0);
   });
   RecordIds("open", vendor_id, product_id, device != nullptr ? "ok" : "failed");
-  return device;
+  return Opened(device);
 }
 
 hid_device* hid_open_path(const char* path) {
   hid_device* device =
       OpenFirst([&](const ListedKeyboard& keyboard) { return keyboard.path == path; });
   Record(device != nullptr ? "open-path -> ok" : "open-path -> failed");
-  return device;
+  return Opened(device);
 }
 
 int hid_write(hid_device* dev, const unsigned char* data, size_t length) {
@@ -233,9 +241,9 @@ int hid_get_indexed_string(hid_device* /*dev*/, int /*string_index*/, wchar_t* /
   return kFailed;
 }
 
-const wchar_t* hid_error(hid_device* /*dev*/) {
+const wchar_t* hid_error(hid_device* dev) {
   Record("error");
-  return L"Success";
+  return dev == nullptr ? lastError : L"Success";
 }
 
 const hid_api_version* hid_version() {

@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "device/hid_device.h"
 
+#include <fmt/format.h>
 #include <hidapi.h>
+#include <utf8/unchecked.h>
 
 #include <algorithm>
 #include <cstring>
+#include <cwchar>
+#include <iterator>
 #include <limits>
+#include <string>
 
+#include "base/log.h"
 #include "device/ax_update.h"
 
 namespace hollin {
@@ -26,6 +32,16 @@ constexpr size_t kIncomingTotalField = 5;
 bool Fail(UpdateFailure reason) {
   HidDevice::lastFailure = reason;
   return false;
+}
+
+// Why hidapi could not open the keyboard, in its own words: they name the node and what the system
+// said. Valid text or not, the log bears it.
+std::string WhyNotOpened() {
+  const wchar_t* const words = hid_error(nullptr);
+  std::string text;
+  if (words == nullptr) return text;
+  utf8::unchecked::utf32to8(words, words + std::wcslen(words), std::back_inserter(text));
+  return text;
 }
 
 // The part of the header that all reports of a message share.
@@ -102,7 +118,10 @@ bool HidDevice::Connect(AXUpdate& updater) {
 bool HidDevice::Open() {
   if (handle != nullptr) return true;
   hid_device_* const device = hid_open(vendorId, productId, nullptr);
-  if (device == nullptr) return Fail(UpdateFailure::kNotOpened);
+  if (device == nullptr) {
+    Log(fmt::format("Cannot open the keyboard: {}", WhyNotOpened()));
+    return Fail(UpdateFailure::kNotOpened);
+  }
   handle = device;
   opened = true;
   return true;

@@ -45,6 +45,7 @@ hid_device* hid_open(unsigned short /*vendor*/, unsigned short /*product*/, cons
 }
 void hid_close(hid_device* /*device*/) {}
 int hid_exit() { return 0; }
+const wchar_t* hid_error(hid_device* /*device*/) { return nullptr; }
 int hid_read(hid_device* /*device*/, unsigned char* /*data*/, size_t /*length*/) { return -1; }
 
 int hid_write(hid_device* /*device*/, const unsigned char* data, size_t length) {

@@ -12,13 +12,17 @@
 #include "device/ax_update.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/link_test.h"
+#include "tests/support/recorded_log.h"
 
 namespace hollin {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
 using ::testing::Pair;
+using ::testing::StartsWith;
 
 class HidDeviceTest : public LinkTest {
  protected:
@@ -125,6 +129,38 @@ TEST_F(HidDeviceTest, AKeyboardThatCannotBeOpenedFailsWithoutASecondAttempt) {
   EXPECT_FALSE(HidDevice::IsOpen());
   EXPECT_EQ(HidDevice::handle, nullptr);
   EXPECT_TRUE(HidDevice::Connect(updater));
+}
+
+TEST_F(HidDeviceTest, WhyAKeyboardCannotBeOpenedIsLoggedOnceInTheLibrarysWords) {
+  const RecordedLog log;
+  hidapi.failingOpen = 1;
+  hidapi.error = L"Failed to open a device with path '/dev/hidraw0': Zugriff verweigert \u00FC";
+  EXPECT_FALSE(HidDevice::Connect(updater));
+  EXPECT_THAT(log.lines, ElementsAre("Cannot open the keyboard: Failed to open a device with path "
+                                     "'/dev/hidraw0': Zugriff verweigert \xC3\xBC"));
+}
+
+TEST_F(HidDeviceTest, AnOpenWithoutWordsOrWithWordsThatAreNoTextIsLoggedToo) {
+  const RecordedLog log;
+  const wchar_t noText[] = {L'a', static_cast<wchar_t>(0x7FFFFFFF), 0xD800, L'\n', L'b', 0};
+  for (const wchar_t* words : {static_cast<const wchar_t*>(nullptr), L"", noText}) {
+    hidapi.failingOpen = 1;
+    hidapi.error = words;
+    EXPECT_FALSE(HidDevice::Open());
+  }
+  ASSERT_EQ(log.lines.size(), 3U);
+  EXPECT_EQ(log.lines[0], "Cannot open the keyboard: ");
+  EXPECT_EQ(log.lines[1], "Cannot open the keyboard: ");
+  EXPECT_THAT(log.lines[2], AllOf(StartsWith("Cannot open the keyboard: a"), EndsWith("\\x0Ab")));
+}
+
+TEST_F(HidDeviceTest, AKeyboardThatIsNotThereOrNotAloneIsNotLogged) {
+  const RecordedLog log;
+  for (const size_t count : {0U, 2U}) {
+    hidapi.deviceCount = count;
+    EXPECT_FALSE(HidDevice::Connect(updater));
+  }
+  EXPECT_THAT(log.lines, IsEmpty());
 }
 
 TEST_F(HidDeviceTest, WithTheLinkClosedASecondKeyboardMakesConnectFail) {

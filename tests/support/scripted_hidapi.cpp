@@ -170,3 +170,10 @@ int hid_exit() {
   if (Hidapi().openHandles > 0) NoteMisuse("hid_exit while a device is open");
   return 0;
 }
+
+const wchar_t* hid_error(hid_device* device) {
+  Hidapi().calls.emplace_back("hid_error");
+  if (device != nullptr)
+    NoteMisuse("hid_error of a device: there is none that could not be opened");
+  return Hidapi().error;
+}

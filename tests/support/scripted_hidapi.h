@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A stand-in for hidapi whose answers a test writes down beforehand. It has the seven functions
+// A stand-in for hidapi whose answers a test writes down beforehand. It has the eight functions
 // that the link uses and no other, so that a call of any other one does not link.
 //
 // A case queues the reports that the keyboard will send, runs the code, and looks at the calls and
@@ -30,7 +30,8 @@ struct ScriptedHidapi {
   size_t failingOpen = 0;
   size_t failingWrite = 0;
   size_t failingRead = 0;
-  std::optional<int> writeResult;  // instead of the number of bytes
+  std::optional<int> writeResult;     // instead of the number of bytes
+  const wchar_t* error = L"Success";  // hidapi's words for what went wrong; null for none
 
   // Reports that the keyboard will send, of any length; nullopt is a read that fails.
   std::deque<std::optional<Bytes>> replies;

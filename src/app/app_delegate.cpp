@@ -32,7 +32,7 @@ bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
 }
 
 QUrl AppDelegate::applicationFilesDirectory() {
-  return QUrl::fromLocalFile(ShownPath(ApplicationDataFolder()));
+  return QUrl::fromLocalFile(PathName(ApplicationDataFolder()));
 }
 
 const ObjectModel* AppDelegate::managedObjectModel() {
@@ -71,7 +71,7 @@ bool AppDelegate::EnsureDataFolder() {
   Present({.domain = kDelegateErrorDomain,
            .code = kFileInFoldersPlace,
            .description = tr("Expected a folder to store application data, found a file (%1).")
-                              .arg(ShownPath(folder))});
+                              .arg(PathName(folder))});
   return false;
 }
 

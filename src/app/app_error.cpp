@@ -6,7 +6,7 @@
 
 namespace hollin {
 
-QString ShownPath(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
+QString PathName(const std::string& path) { return QFile::decodeName(QByteArray(path.c_str())); }
 
 AppError SystemError(int number, const QString& description) {
   return {.domain = kSystemErrorDomain,

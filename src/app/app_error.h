@@ -39,8 +39,8 @@ struct DataStoreText {
   Q_DECLARE_TR_FUNCTIONS(DataStore)
 };
 
-// A path as people read it.
-[[nodiscard]] QString ShownPath(const std::string& path);
+// The name by which Qt opens a path, which is the one that people read too.
+[[nodiscard]] QString PathName(const std::string& path);
 
 // The error that errno stands for.
 [[nodiscard]] AppError SystemError(int number, const QString& description);

@@ -22,7 +22,7 @@ bool QueryFolder(const std::string& path, bool& isFolder, AppError& error) {
   }
   error = SystemError(errno,
                       DataStoreText::tr("The folder for application data cannot be examined (%1).")
-                          .arg(ShownPath(path)));
+                          .arg(PathName(path)));
   if (error.code != ENOENT || path.empty()) return false;
   error.domain = kFileErrorDomain;
   error.code = kNoSuchFile;
@@ -34,7 +34,7 @@ bool CreateFolder(const std::string& path, AppError& error) {
   if (number == 0) return true;
   error =
       SystemError(number, DataStoreText::tr("The folder for application data cannot be made (%1).")
-                              .arg(ShownPath(path)));
+                              .arg(PathName(path)));
   return false;
 }
 

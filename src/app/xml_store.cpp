@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QSaveFile>
 #include <QXmlStreamWriter>
@@ -29,7 +28,7 @@ AppError ReadError(int code, const std::string& path, const QString& reason) {
   return {.domain = kStoreErrorDomain,
           .code = code,
           .description =
-              DataStoreText::tr("The application data cannot be read (%1).").arg(ShownPath(path)),
+              DataStoreText::tr("The application data cannot be read (%1).").arg(PathName(path)),
           .failureReason = reason};
 }
 
@@ -85,7 +84,7 @@ int LastError() { return errno != 0 ? errno : EIO; }
 // 0, or errno.
 int ReplaceFile(const std::string& path, const QByteArray& text) {
   if (static_cast<uint64_t>(text.size()) > kLargestXmlFile) return EFBIG;  // unreadable afterwards
-  const QString name = ShownPath(path);
+  const QString name = PathName(path);
   if (QFile::encodeName(name).toStdString() != path) return EILSEQ;
   QSaveFile file(name);
   errno = 0;
@@ -126,7 +125,7 @@ bool WriteXmlStore(const std::string& path, const StoredObjects& objects, AppErr
   const int number = ReplaceFile(path, TextOf(objects));
   if (number == 0) return true;
   error = SystemError(
-      number, DataStoreText::tr("The application data cannot be saved (%1).").arg(ShownPath(path)));
+      number, DataStoreText::tr("The application data cannot be saved (%1).").arg(PathName(path)));
   return false;
 }
 

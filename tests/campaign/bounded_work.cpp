@@ -8,10 +8,10 @@
 //                                               all
 //
 // Ends with 1 when one of twice the length takes more than 2.5 times as long, or when one takes
-// more than 4 times its size of memory.
+// more than 4 times its size of memory; where packs share their bytes, each counts for itself.
 //
-// Each time is the least of five, since others use the machine too. What the smallest package
-// takes of memory is the program's own.
+// Each time is the least of five, the sizes in turn, since others use the machine too; of fifteen
+// where five seem to grow too much. What the smallest package takes of memory is the program's own.
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -30,12 +30,18 @@
 #include "base/log.h"
 #include "benchmarks/floors/bare_passes.h"
 #include "package/dat_file_examine.h"
+#include "package/package_layout.h"
 #include "package/package_writer.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/temp_folder.h"
 
 namespace hollin::campaign {
 namespace {
+
+constexpr int kRounds = 5;
+constexpr double kMostGrowth = 2.5;
+constexpr double kMostMemory = 4;
+constexpr double kToOneDigit = 0.05;  // memory is told to one digit, and judged as it is told
 
 struct Cost {
   double seconds = 0;
@@ -47,6 +53,9 @@ struct Kind {
   const char* dataType;
   std::string begin;  // of the description
   std::function<std::string(size_t index)> line;
+  size_t packs = 1;
+  bool isShared = false;  // every description and every image is the same bytes
+  double mostMemory = kMostMemory;
 };
 
 const char* const kC1 = "[reserved sector]\n4\n";
@@ -59,6 +68,18 @@ Kind Repeated(const char* name, const char* begin, const std::string& line) {
 Kind Shuffled(const char* name, size_t modulus) {
   return {name, "C1", kC1,
           [modulus](size_t index) { return std::to_string(index * 2654435761U % modulus) + "\n"; }};
+}
+
+// The kind of line that takes the most memory, as description and as image at once. Each pack keeps
+// its description (1), its list (2) and its image (1), and the package is kept (1).
+Kind Shared(size_t packs, double mostMemory) {
+  Kind kind = Repeated(
+      packs == 1 ? "one reserved entry, the image the same bytes" : "the same twice, as two packs",
+      kC1, "1\n");
+  kind.packs = packs;
+  kind.isShared = true;
+  kind.mostMemory = mostMemory;
+  return kind;
 }
 
 const char* const kA2 =
@@ -109,7 +130,27 @@ std::vector<Kind> Kinds() {
        [](size_t index) { return std::to_string(index * 8) + "\n"; }},
       {"keys of an A1", "A1", "[Transmission Info]\nData Length=64\n[Chip Info]\nChip Size=1M\n",
        [](size_t /*index*/) { return "Chip Type=1\n"; }},
+      Shared(1, 5),
+      Shared(2, 9),
   };
+}
+
+// Lets every region of the package be the first description.
+void ShareRegions(Bytes& file, size_t packs) {
+  using namespace package_layout;
+  const ByteView first = ByteView(file).subspan(kBlockSize);
+  const uint32_t address = ReadU32(first, kCnfgAddr);
+  const uint32_t length = ReadU32(first, kCnfgLength);
+  const uint32_t sum = ReadU32(first, kCnfgSum);
+  for (size_t pack = 0; pack < packs; pack++) {
+    const std::span<uint8_t> block = std::span(file).subspan((1 + pack) * kBlockSize, kBlockSize);
+    for (const size_t field : {kCnfgAddr, kDataAddr}) {
+      PutU32(block, field, address);
+      PutU32(block, field + (kCnfgLength - kCnfgAddr), length);
+      PutU32(block, field + (kCnfgSum - kCnfgAddr), sum);
+    }
+    PutU32(block, kBlockSumOffset, PackageSum(block.first(kBlockSumOffset)));
+  }
 }
 
 void WriteKind(const Kind& kind, size_t bytes, const std::string& path) {
@@ -117,12 +158,14 @@ void WriteKind(const Kind& kind, size_t bytes, const std::string& path) {
   description.reserve(bytes + 200);
   for (size_t i = 0; description.size() < bytes; i++) description += kind.line(i);
   const Bytes image(1000, 1);
+  PackageContents contents{.productModel = "TS30", .firmwareVersion = "1", .keys = {}, .packs = {}};
+  for (size_t pack = 0; pack < kind.packs; pack++) {
+    const ByteView own = pack == 0 ? ViewOf(description) : ViewOf(kind.begin);
+    contents.packs.push_back({kind.dataType, own, image});
+  }
   Bytes file;
-  const PackRefusal refusal = WritePackage({.productModel = "TS30",
-                                            .firmwareVersion = "1",
-                                            .keys = {},
-                                            .packs = {{kind.dataType, ViewOf(description), image}}},
-                                           file);
+  const PackRefusal refusal = WritePackage(contents, file);
+  if (kind.isShared) ShareRegions(file, kind.packs);
   FILE* output = std::fopen(path.c_str(), "wb");
   if (refusal != PackRefusal::kNone || output == nullptr ||
       std::fwrite(file.data(), 1, file.size(), output) != file.size()) {
@@ -171,36 +214,57 @@ struct Costs {
   bool isReady = false;
 };
 
-void TakeLess(Cost& least, const Cost& cost, bool isFirst) {
-  if (isFirst || cost.seconds < least.seconds) least = cost;
+void TakeLess(Cost& least, const Cost& cost) {
+  if (least.seconds == 0 || cost.seconds < least.seconds) least = cost;
 }
 
-// `isReady` is shared with the processes that examine.
-Costs Measure(const Kind& kind, size_t bytes, bool& isReady) {
+// A package of a kind and of a size, in a folder of its own. `isReady` is shared with the processes
+// that examine.
+class Package {
+ public:
+  Package(const Kind& kind, size_t bytes, bool& isReady) : isReady(isReady) {
+    CostOf([&] { WriteKind(kind, bytes, path); });
+  }
+
+  void Measure() {
+    TakeLess(costs.bare, CostOf([&] { Bare(path, folder.Path("bare")); }));
+    TakeLess(costs.examined, CostOf([&] { Examine(path, isReady); }));
+    costs.isReady = isReady;
+  }
+
+  [[nodiscard]] const Costs& Least() const { return costs; }
+
+ private:
   const TempFolder folder;
   const std::string path = folder.Path("package.dat");
-  CostOf([&] { WriteKind(kind, bytes, path); });
+  bool& isReady;
   Costs costs;
-  for (int round = 0; round < 5; round++) {
-    TakeLess(costs.bare, CostOf([&] { Bare(path, folder.Path("bare")); }), round == 0);
-    TakeLess(costs.examined, CostOf([&] { Examine(path, isReady); }), round == 0);
-  }
-  costs.isReady = isReady;
-  return costs;
+};
+
+double Growth(const Package& half, const Package& whole) {
+  return whole.Least().examined.seconds / half.Least().examined.seconds;
 }
 
-// Whether growth and memory stay within their bounds, the memory to one digit.
+// Whether growth and memory stay within their bounds.
 bool Report(const Kind& kind, size_t mebibytes, bool& isReady) {
   const size_t bytes = mebibytes << 20;
-  const double own = Measure(kind, 1000, isReady).examined.mebibytes;
-  const Costs half = Measure(kind, bytes / 2, isReady);
-  const Costs whole = Measure(kind, bytes, isReady);
-  const double growth = whole.examined.seconds / half.examined.seconds;
-  const double memory = (whole.examined.mebibytes - own) / static_cast<double>(mebibytes);
-  const bool isBounded = growth <= 2.5 && memory < 4.05;
+  Package small(kind, 1000, isReady);
+  Package half(kind, bytes / 2, isReady);
+  Package whole(kind, bytes, isReady);
+  small.Measure();
+  for (int round = 0; round < 3 * kRounds; round++) {
+    if (round >= kRounds && Growth(half, whole) <= kMostGrowth) break;
+    half.Measure();
+    whole.Measure();
+  }
+  const Costs& costs = whole.Least();
+  const double memory = (costs.examined.mebibytes - small.Least().examined.mebibytes) /
+                        static_cast<double>(mebibytes);
+  const bool isBounded =
+      Growth(half, whole) <= kMostGrowth && memory < kind.mostMemory + kToOneDigit;
   std::printf("%-44s %s %6.3f %6.3f %6.2f %9.2f %6.2f%s\n", kind.name,
-              whole.isReady ? "taken  " : "refused", whole.bare.seconds, whole.examined.seconds,
-              whole.examined.seconds / whole.bare.seconds, growth, memory,
+              costs.isReady ? "taken  " : "refused", costs.bare.seconds, costs.examined.seconds,
+              costs.examined.seconds / costs.bare.seconds, Growth(half, whole), memory,
               isBounded ? "" : " too much");
   std::fflush(stdout);
   return isBounded;

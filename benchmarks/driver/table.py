@@ -10,11 +10,13 @@ class Line:
     what: str
     goal: str
     figure: str
-    met: bool
-    note: str = ""  # why a goal is missed
+    met: bool | None  # None: not measured here, which is no failure
+    note: str = ""  # why a goal is missed, or who measures it
 
     def verdict(self):
-        return "met" if self.met else "missed" + (f": {self.note}" if self.note else "")
+        if self.met:
+            return "met"
+        return ("not measured" if self.met is None else "missed") + (f": {self.note}" if self.note else "")
 
 
 def row(function):

@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: MIT
 """How fast an update exchanges its reports, beside a host that does nothing else. Prints, and judges no time."""
+import datetime
+import json
+import pathlib
 import statistics
 
 from flashes import A1
@@ -12,6 +15,7 @@ BLOCKS = 4
 BLOCK = 64 * 1024
 BLOCK_REPORTS = 2 + 1024 * 2  # the header and its echo, 1024 messages of 64 bytes
 REPORTS = 2 + BLOCKS * (BLOCK_REPORTS + 2) + 2 + 2  # mode, the blocks with their two status bytes, verify, end
+FIGURES = pathlib.Path("/job/speed.json")  # script/bench takes them over
 
 
 def ratios(pairs):
@@ -81,3 +85,4 @@ class SpeedTest(ProgramTest):
         figures = {"blocks": ratios(blocks), "whole": ratios(wholes)}
         print("reports per second over the bare host:", words(figures["blocks"]))
         print("the same with what is done between the steps:", words(figures["whole"]))
+        FIGURES.write_text(json.dumps({"date": str(datetime.date.today()), "pairs": PAIRS, **figures}) + "\n", encoding="utf-8")

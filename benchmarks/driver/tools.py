@@ -3,6 +3,7 @@
 import contextlib
 import ctypes
 import functools
+import mmap
 import os
 import shutil
 import signal
@@ -73,6 +74,15 @@ def output(*command, env=()):
     return subprocess.run(
         [str(part) for part in command], env=environment(env), stdin=subprocess.DEVNULL, capture_output=True, text=True,
         check=True).stdout
+
+
+def touch_memory(size):
+    """On a virtual machine the host may have taken free memory back. To give it again takes longer than all that is
+    done with it, so as much as the next runs need is taken, written to and freed before they begin."""
+    with mmap.mmap(-1, size, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS) as memory:
+        with contextlib.suppress(OSError):  # of kernels without
+            memory.madvise(mmap.MADV_HUGEPAGE)
+        memory[::mmap.PAGESIZE] = bytes(size // mmap.PAGESIZE)
 
 
 def pairs(count, measure, floor):

@@ -81,8 +81,14 @@ def cpu_of_update(path):
 
 
 def nanoseconds_of_steps(path):
-    """Everything, the first hundred steps, the last hundred, one more update, the bare passes over its image."""
+    """Everything, the first hundred steps, the last hundred."""
     return [float(number) for number in tools.output(tools.OWN / "hollin_update_steps", path).split()]
+
+
+def rounds_of_growth(large, small):
+    """Of updates with both, as many bytes of each, and of the bare passes over their images."""
+    return [[float(number) for number in line.split()]
+            for line in tools.output(tools.OWN / "hollin_update_growth", large, small).splitlines()]
 
 
 COST_KINDS = {"A1": packages.a1, "A2": lambda size: packages.a2(size, reserved=(0x8000,)), "C1": packages.c1}
@@ -95,10 +101,9 @@ def update_cpu():
         small, large = (packages.write(f"cpu-{size}", make(size), zeros=True) for size in (256 * KIB, 64 * MIB))
         allowed = 0.002 * 64 + 0.0005 * (64 * MIB / 0x10000 + 2)
         whole = statistics.median(cpu_of_update(large) for _ in range(3)) / allowed
-        results = tools.pairs(9, lambda: [time / 64 for time in nanoseconds_of_steps(large)],
-                              lambda: [time * 4 for time in nanoseconds_of_steps(small)])
-        growth = statistics.median(large[3] / small[3] for large, small in results)
-        bare = statistics.median((large[4] - small[4]) / small[3] for large, small in results)
+        rounds = [times for _ in range(9) for times in rounds_of_growth(large, small)]
+        growth = statistics.median(a / b for a, b, *_ in rounds)
+        bare = statistics.median((bare_a - bare_b) / b for _, b, bare_a, bare_b in rounds)
         note = (f"{bare:.2f} of it are the memory's: to sum every block, copy it into reports and sum the image in the end costs "
                 "that much more a MiB where the image is larger than the caches")
         lines += [

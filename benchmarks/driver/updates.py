@@ -129,5 +129,7 @@ def long_lists():
         return packages.a2(count * 16, 16, reserved=(), reserved_entries=(0xFFFFFFFF,))
 
     def c1(count):
-        return packages.c1(count * 16, 16, [2 * number + 1 for number in range(count * 10000 // 65536)])
-    return long_list("long lists, A2", a2) + long_list("long lists, C1 with a reserved entry for every sixth or seventh sector", c1)
+        entries = count * 10000 // 65536
+        reserved = [number * (count + entries) // entries for number in range(entries)]  # all over the flash that the image fills
+        return packages.c1(count * 16, 16, reserved)
+    return long_list("long lists, A2", a2) + long_list("long lists, C1 with a reserved entry after every sixth or seventh sector", c1)

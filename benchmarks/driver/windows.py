@@ -51,11 +51,17 @@ class Window:
             time.sleep(1)
 
 
+def own_nanoseconds():
+    """As the probe tells them: less the time that this thread, from its making, has waited for a processor."""
+    waited = int(Path("/proc/thread-self/schedstat").read_text().split()[1])
+    return time.monotonic_ns() - waited
+
+
 @contextlib.contextmanager
 def started(program, env, *arguments, keyboard=tools.QUICK):
     probe = tools.work() / f"probe{next(serial)}"
     own = {"LD_PRELOAD": f"{tools.OWN}/libhollin_window_probe.so", "WINDOW_PROBE": str(probe)} | keyboard
-    begun = lambda: probe.write_text(f"begun {time.monotonic_ns()} 0\n")
+    begun = lambda: probe.write_text(f"begun {own_nanoseconds()} 0\n")
     with tools.background(program, *arguments, env=env | own, at_start=begun) as process:
         yield Window(process, probe)
 

@@ -75,8 +75,8 @@ def time_to_painted(program, env, *arguments):
 def start():
     with tools.desktop() as env:
         time_to_painted(tools.WINDOW, env), time_to_painted(EMPTY, env)  # files are read from the disk once
-        results = tools.pairs(21, lambda: time_to_painted(tools.WINDOW, env), lambda: time_to_painted(EMPTY, env))
-        furnished = tools.pairs(21, lambda: time_to_painted(FURNISHED, env, *PICTURE), lambda: time_to_painted(EMPTY, env))
+        results = tools.pairs(41, lambda: time_to_painted(tools.WINDOW, env), lambda: time_to_painted(EMPTY, env))
+        furnished = tools.pairs(41, lambda: time_to_painted(FURNISHED, env, *PICTURE), lambda: time_to_painted(EMPTY, env))
     return [at_most("start to painted window, over an empty window", tools.median_ratio(results), 1.25,
                     note="the empty window takes "
                          f"{tools.median_ratio(furnished):.2f} times as long itself with the same menus, cards, texts and picture in plain Qt")]

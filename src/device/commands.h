@@ -79,7 +79,6 @@ inline Bytes ProgramBufferCycles(uint32_t sa1, uint32_t sa2, const CycleList& cy
 inline Bytes ConfigureCommand(uint32_t spi, uint32_t chipSelect, uint32_t lines, uint32_t size) {
   return Packet().U8(0x0B).U8(spi).U8(chipSelect).U8(lines).U24(size);
 }
-inline constexpr size_t kConfigureReplySize = 5;
 inline constexpr size_t kConfigureCapacity = 1;
 
 // Block header: 0x07, address (4), length (2), sum of the block (2), 0x00 (3). The reply echoes it.

@@ -196,8 +196,9 @@ bool C1Update::AskCapacity(int32_t retries) {
 bool C1Update::Configure() {
   const Bytes command =
       ConfigureCommand(flash.spiNumber, flash.chipSelectNumber, flash.lineMode, flash.sectorSize);
-  // A reply may end early: what did not arrive is no acceptance, and a capacity of 0.
-  Bytes reply(kConfigureReplySize, 0);
+  // A reply may end early: what did not arrive is no acceptance, and a capacity without its last
+  // byte must not pass for a small one, so it is negative.
+  Bytes reply = Packet().Zeros(kConfigureCapacity).U32(0x80000000);
   if (!SendCommand(command, kCommandTimeOut) || !AwaitReply(reply, kCommandTimeOut)) return false;
   if (reply[0] != kModeEntered) {
     return Fail(UpdateFailure::kWrongReply, std::array{kModeEntered}, reply);

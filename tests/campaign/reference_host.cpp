@@ -272,7 +272,7 @@ bool ReferenceHost::Configure(const ReferenceC1& pack, int attempts) {
     if (!Send(command)) continue;
     std::optional<Bytes> reply = Receive(5);
     if (!reply || (*reply)[0] != 0xF1) continue;
-    reply->resize(5, 0);  // a capacity that did not come is none
+    if (reply->size() < 5) return false;  // a capacity that did not come whole is none
     const std::vector<ReferenceWrite> writes = WritesOf(pack);
     const auto capacity = static_cast<int32_t>(NumberAt(*reply, 1, 4));
     const uint64_t span = writes.back().place + writes.back().placeSize;

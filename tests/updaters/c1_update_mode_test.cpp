@@ -168,11 +168,16 @@ TEST_F(C1UpdateModeTest, ACapacityOf0FailsAndIsNotAskedForAgain) {
   EXPECT_EQ(keyboard.CountOf(0x0B), 1U);
 }
 
-TEST_F(C1UpdateModeTest, ACapacityThatDidNotComeIs0) {
+// Each cut leaves low bytes that would be capacity enough by themselves.
+TEST_F(C1UpdateModeTest, ACapacityThatDidNotComeWholeIsNegative) {
   ASSERT_TRUE(update.EnterUpdateMode(5));
-  keyboard.AnswerNext(0x0B, {Hex("F1")});
-  EXPECT_FALSE(update.EnterUpdateMode(5));
-  EXPECT_EQ(update.flashCapacity, 0);
+  for (const Bytes& cut : {Hex("F1"), Hex("F1 FF"), Hex("F1 FF FF"), Hex("F1 FF FF FF")}) {
+    keyboard.commands.clear();
+    keyboard.AnswerNext(0x0B, {cut});
+    EXPECT_FALSE(update.EnterUpdateMode(5)) << cut.size();
+    EXPECT_LT(update.flashCapacity, 0) << cut.size();
+    EXPECT_EQ(keyboard.CountOf(0x0B), 1U) << cut.size();
+  }
 }
 
 TEST_F(C1UpdateModeTest, RefusedConfigurationsLeaveNoCapacityFromBefore) {

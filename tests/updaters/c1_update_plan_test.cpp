@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/processor_time.h"
 #include "tests/updaters/c1_test.h"
 
 namespace hollin {
@@ -149,6 +150,27 @@ TEST_F(C1UpdatePlanTest, AllSectorsOf64KibibytesMayBeReserved) {
   all.pop_back();
   ASSERT_TRUE(PlanFlash(65536, all));
   EXPECT_EQ(Sectors(1), std::vector<uint32_t>{65535});
+}
+
+class C1AllReservedTest : public C1UpdatePlanTest {
+ protected:
+  // Looks for a free one among so many sectors, a power of two, all of them reserved.
+  void SearchSectors(uint32_t sectors) {
+    const auto size = static_cast<uint32_t>((uint64_t{1} << 32) / sectors);
+    std::vector<uint32_t> all;
+    for (uint32_t sector = 0; sector < sectors; sector++) all.push_back(sector * size);
+    ASSERT_TRUE(PlanFlash(size, all));
+    EXPECT_TRUE(Sectors(1).empty());
+    EXPECT_EQ(Span(1), -1);
+    EXPECT_FALSE(update.RunStep(0));
+    EXPECT_FALSE(update.VerifyImage());
+  }
+};
+
+// No sector is looked up in a list from its beginning.
+TEST_F(C1AllReservedTest, SectorsCostAsMuchEachAsFewDo) {
+  EXPECT_LT(LeastGrowth([this] { SearchSectors(4096); }, [this] { SearchSectors(65536); }),
+            kMostGrowthOf16Times);
 }
 
 // As many reserved sectors in a row as there are distinct entries still leave a free one behind.

@@ -153,7 +153,7 @@ TEST_F(A1LoadTest, AStartAddressBeyondHalfTheChipWrapsToALargeRoom) {
   EXPECT_TRUE(MakeUpdate(1000, 1000, "Start Address=0x80000000\n").LoadFiles());
 }
 
-TEST_F(A1LoadTest, BlocksOfMoreThanTwoToThe31BytesAreAllCounted) {
+TEST_F(A1LoadTest, TheBlocksOfAnImageBeyondTwoToThe31BytesAreAllCounted) {
   A1Update update("", "");
   update.flash.dataLength = 0x10000;
   for (const auto& [length, steps] :

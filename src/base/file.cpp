@@ -35,7 +35,7 @@ bool ReadAll(const Descriptor& file, std::span<uint8_t> buffer) {
 // Asks for pages of 2 MiB under a large buffer: an update walks through it, and on its way from one
 // page to the next a processor waits. What is refused costs time and nothing else.
 void AskForLargePages(std::span<uint8_t> buffer) {
-  constexpr size_t kWorthIt = 0x400000;
+  constexpr size_t kWorthIt = 0x400000;  // bytes
   if (buffer.size() < kWorthIt) return;
   void* begin = buffer.data();
   size_t size = buffer.size();

@@ -19,6 +19,13 @@ extern "C" const char* __tsan_default_options() { return "allocator_may_return_n
 namespace hollin {
 namespace {
 
+// Whatever is moved by pages shows: 251 and their size have nothing in common.
+Bytes EverChanging(size_t size) {
+  Bytes bytes(size);
+  for (size_t i = 0; i < size; i++) bytes[i] = static_cast<uint8_t>(i % 251);
+  return bytes;
+}
+
 class ReadWholeFileTest : public FileTest {
  protected:
   // What a failed read must leave nothing of.
@@ -33,6 +40,15 @@ class ReadWholeFileTest : public FileTest {
     EXPECT_FALSE(Read(path)) << path;
     EXPECT_EQ(contents.size, 0U);
     EXPECT_EQ(contents.bytes, nullptr);
+  }
+
+  // Of the contents, nearly all of them: what lies before the first page does not count.
+  void ExpectWholePages(ByteView asked) const {
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const ByteView all = contents.View();
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(asked.data()) % page, 0U);
+    EXPECT_LT(static_cast<size_t>(asked.data() - all.data()), page);
+    EXPECT_EQ(asked.data() + asked.size(), all.data() + all.size());
   }
 
   [[nodiscard]] Bytes Contents() const { return {contents.View().begin(), contents.View().end()}; }
@@ -152,6 +168,27 @@ TEST_F(ReadWholeFileTest, AReadErrorIsAFailure) {
   const std::string path = folder.Write("file", "12345");
   Calls().onRead = [](int /*file*/, void* /*buffer*/, size_t /*size*/) { return ssize_t{-EIO}; };
   ExpectRefused(path);
+}
+
+TEST_F(ReadWholeFileTest, LargePagesAreAskedForFrom4MebibytesOnAndMayBeRefused) {
+  constexpr size_t kFromHere = 4 * 1024 * 1024;
+  for (const size_t size : {kFromHere - 1, kFromHere, kFromHere + 1}) {
+    const Bytes all = EverChanging(size);
+    const std::string path = folder.Write("file", all);
+    for (const int answer : {0, -EINVAL}) {
+      std::vector<ByteView> asked;
+      Calls().onAdvise = [&asked, answer](void* begin, size_t length, int advice) {
+        EXPECT_EQ(advice, MADV_HUGEPAGE);
+        asked.emplace_back(static_cast<const uint8_t*>(begin), length);
+        return answer;
+      };
+      ASSERT_TRUE(Read(path));
+      Calls().onAdvise = {};
+      EXPECT_TRUE(Contents() == all) << size;
+      ASSERT_EQ(asked.size(), size < kFromHere ? 0U : 1U) << size;
+      if (!asked.empty()) ExpectWholePages(asked[0]);
+    }
+  }
 }
 
 TEST_F(ReadWholeFileTest, AFileTooLargeForTheMemoryIsRefused) {

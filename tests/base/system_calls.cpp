@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/base/system_calls.h"
 
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
@@ -65,6 +66,13 @@ ssize_t read(int file, void* buffer, size_t size) {
 ssize_t write(int file, const void* buffer, size_t size) {
   if (Calls().onWrite) return hollin::Answer(Calls().onWrite(file, buffer, size));
   return hollin::RealWrite(file, buffer, size);
+}
+
+int madvise(void* begin, size_t size, int advice) noexcept {
+  if (Calls().onAdvise) {
+    return static_cast<int>(hollin::Answer(Calls().onAdvise(begin, size, advice)));
+  }
+  return static_cast<int>(syscall(SYS_madvise, begin, size, advice));
 }
 
 uid_t geteuid() noexcept {

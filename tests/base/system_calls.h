@@ -20,6 +20,8 @@ struct SystemCalls {
   // Instead of read(2) and write(2): the number of bytes, or a negative errno.
   std::function<ssize_t(int file, void* buffer, size_t size)> onRead;
   std::function<ssize_t(int file, const void* buffer, size_t size)> onWrite;
+  // Instead of madvise(2): 0, or a negative errno.
+  std::function<int(void* begin, size_t size, int advice)> onAdvise;
   // Instead of geteuid(2).
   std::function<uid_t()> onUser;
   // Instead of nanosleep(2): what is left of the sleep, in seconds; 0 when it was slept whole.

@@ -3,6 +3,7 @@
 // use the package and the keyboard again at once, though the thread has not ended yet. The thread
 // sanitizer sees whether anything is shared.
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -33,7 +34,8 @@ class WorkerThreadTest : public SimulatedUpdateTest {
   // The numbers of an update, up to the one of its end.
   std::vector<int32_t> AwaitEnd() {
     std::unique_lock lock(mutex);
-    hasProgressed.wait(lock, [this] { return !progress.empty() && progress.back() < 0; });
+    const auto hasEnded = [this] { return !progress.empty() && progress.back() < 0; };
+    EXPECT_TRUE(hasProgressed.wait_for(lock, std::chrono::seconds(60), hasEnded));
     return std::exchange(progress, {});
   }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Updates from keyboards that answer what they like. The three updaters are held against the
 // reference byte for byte; whole packages against what must hold of any update.
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <memory>
 #include <type_traits>
@@ -131,6 +133,18 @@ Subject<Updater> Small(size_t which, size_t size) {
   return Subject<Updater>(pack, update.keyboard);
 }
 
+// A small update whose programming command of 300 cycles takes 22 reports.
+Subject<A2Update> ManyCycles() {
+  campaign::ReferenceUpdate update = campaign::ReferenceUpdates()[2];
+  auto pack = std::get<campaign::ReferenceA2>(update.packs[0]);
+  pack.image.resize(100);
+  for (uint16_t i = 0; i < 285; i++) {
+    pack.program.push_back({i, uint32_t{i} * 3});
+    update.keyboard.a2.program.push_back({i, static_cast<uint16_t>(i * 3)});
+  }
+  return Subject<A2Update>(pack, update.keyboard);
+}
+
 }  // namespace
 
 void A1Replies(ByteView input) {
@@ -142,8 +156,9 @@ void A1Replies(ByteView input) {
 void A2Replies(ByteView input) {
   static auto word = Small<A2Update, campaign::ReferenceA2>(4, 2 * 0x800 + 40);
   static auto buffer = Small<A2Update, campaign::ReferenceA2>(3, 0x800 + 140);
+  static auto manyCycles = ManyCycles();
   if (input.empty()) return;
-  (input[0] % 2 == 0 ? word : buffer).Compare(input.subspan(1));
+  std::array{&word, &buffer, &manyCycles}.at(input[0] % 3)->Compare(input.subspan(1));
 }
 
 void C1Replies(ByteView input) {

@@ -12,6 +12,7 @@
 #include "device/hid_device.h"
 #include "package/dat_file_examine.h"
 #include "tests/campaign/reference_updates.h"
+#include "tests/fuzz/erase_plan.h"
 #include "tests/fuzz/fuzz_hidapi.h"
 #include "tests/fuzz/fuzz_targets.h"
 #include "tests/fuzz/hostile_keyboard.h"
@@ -145,6 +146,55 @@ Subject<A2Update> ManyCycles() {
   return Subject<A2Update>(pack, update.keyboard);
 }
 
+// An update of an examined package, with the messages of each of its steps.
+std::vector<Messages> RunWatched(DatFileExamine& datFile, const Plugged& plugged) {
+  std::vector<size_t> reportsBefore;  // the step
+  int ends = 0;
+  reportsBefore.push_back(0);
+  static_cast<void>(RunUpdate(datFile, [&](int32_t value) {
+    Require(ends == 0, "nothing follows the end");
+    if (value < 0) {
+      ends++;
+    } else {
+      Require(value + 1 == static_cast<int32_t>(reportsBefore.size()), "steps are told one by one");
+      reportsBefore.push_back(plugged.reports.size());
+    }
+  }));
+  Require(ends == 1, "one code of the end");
+  std::vector<Messages> steps;
+  const auto at = [&](size_t index) {
+    return plugged.reports.begin() + static_cast<long>(reportsBefore[index]);
+  };
+  for (size_t step = 0; step + 1 < reportsBefore.size(); step++) {
+    steps.push_back(MessagesOf({at(step), at(step + 1)}));
+  }
+  steps.push_back(MessagesOf({at(steps.size()), plugged.reports.end()}));
+  Require(!steps.back().empty() && steps.back().back()[0] == 0x09, "the end is told last");
+  steps.back().pop_back();
+  return steps;
+}
+
+void RequirePlannedErasesOf(const AXUpdate& updater, const std::vector<Messages>& steps) {
+  const auto length = static_cast<size_t>(updater.imageLength);
+  if (const auto* a2 = dynamic_cast<const A2Update*>(&updater)) {
+    RequirePlannedErases(ErasePlanOf(a2->flash, length), steps);
+  } else if (const auto* c1 = dynamic_cast<const C1Update*>(&updater)) {
+    RequirePlannedErases(ErasePlanOf(c1->flash, length), steps);
+  }
+}
+
+// Of one loaded updater, on an open link. 2^30 and 2^31 blocks are beyond 32 bits of bytes.
+void RequireStepsEnd(AXUpdate& updater, const Plugged& plugged) {
+  Require(HidDevice::Open(), "the link opens");
+  const size_t before = plugged.reports.size();
+  for (const uint32_t index : {updater.StepCount() - 2, 0x40000000U, 0x80000000U, 0xFFFFFFFFU}) {
+    if (index < updater.StepCount() - 2) continue;
+    Require(!updater.RunStep(index), "a step beyond the plan fails");
+  }
+  Require(plugged.reports.size() == before, "with nothing sent");
+  HidDevice::Close();
+}
+
 }  // namespace
 
 void A1Replies(ByteView input) {
@@ -179,18 +229,16 @@ void PackageUpdate(ByteView input) {
   Require(datFile.TotalStepCount() >= 0, "a ready package has a number of steps");
 
   Plugged plugged({}, replies);
-  int ends = 0;
-  int32_t next = 0;
-  static_cast<void>(RunUpdate(datFile, [&](int32_t value) {
-    Require(ends == 0, "nothing follows the end");
-    if (value < 0) {
-      ends++;
-    } else {
-      Require(value == next++, "steps are told one by one");
-    }
-  }));
-  Require(ends == 1, "one code of the end");
+  std::vector<Messages> steps = RunWatched(datFile, plugged);
   Require(!HidDevice::IsOpen() && OpenHandles() == 0, "the link is closed");
+  for (AXUpdate* updater : {datFile.Update1.get(), datFile.Update2.get()}) {
+    if (updater == nullptr) continue;
+    const auto end =
+        steps.begin() + static_cast<long>(std::min<size_t>(updater->StepCount(), steps.size()));
+    RequirePlannedErasesOf(*updater, {steps.begin(), end});
+    RequireStepsEnd(*updater, plugged);
+    steps.erase(steps.begin(), end);
+  }
 }
 
 }  // namespace hollin::fuzz

@@ -130,10 +130,12 @@ def main_thread():
     package = packages.write("window", packages.a1(16 * packages.MIB), zeros=True)
     paced = packages.write("paced", packages.a1(0x30000), zeros=True)
     with tools.desktop() as env:
+        longest_stretch(paced, env, {"QUICK_SKIP_PAUSES": "1"})  # what the alert wants is read from the disk once
         steps = [longest_stretch(package, env, {"QUICK_SKIP_PAUSES": "1"}) for _ in range(3)]
         waits = [longest_stretch(paced, env, {"QUICK_FRAME_NS": "125000"}) for _ in range(3)]
     return [at_most("main thread while an update runs: longest time without answering",
-                    max(steps + waits) * 1000, 50, " ms", 1)]
+                    max(steps + waits) * 1000, 50, " ms", 1,
+                    "of six updates: " + ", ".join(f"{length * 1000:.0f}" for length in steps + waits))]
 
 
 def stripped(program):

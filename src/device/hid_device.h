@@ -32,7 +32,7 @@ class HidDevice {
   [[nodiscard]] static uint32_t DeviceCount();
 
   // Opens the link unless it is open; fails unless exactly one keyboard is attached. Gives
-  // `updater` its link.
+  // `updater` its link. Why the one keyboard cannot be opened is logged each time.
   [[nodiscard]] static bool Connect(AXUpdate& updater);
 
   [[nodiscard]] static bool Open();

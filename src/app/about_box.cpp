@@ -18,10 +18,11 @@ struct AboutBox {
 };
 
 // Proper names, the same in every language.
-constexpr std::array<std::pair<const char*, const char*>, 5> kLibraries = {{
+constexpr std::array<std::pair<const char*, const char*>, 6> kLibraries = {{
     {"Qt 6", "LGPL-3.0"},
     {"hidapi", "BSD-3-Clause"},
     {"libudev", "LGPL-2.1"},
+    {"fontconfig", "HPND-sell-variant"},
     {"{fmt}", "MIT"},
     {"utfcpp", "BSL-1.0"},
 }};

@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: MIT
 // The window program: hollin [PACKAGE]
+#include <fontconfig/fontconfig.h>
+#include <malloc.h>
+
 #include <QApplication>
 #include <QTimer>
 #include <chrono>
+#include <clocale>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -31,6 +36,13 @@ namespace hollin {
 namespace {
 
 constexpr int kBusy = 5;  // as hollin-cli ends when another Hollin is at work
+
+// Begins to read which fonts there are; where no thread can be had, whoever waits for it reads.
+// Meanwhile Qt takes a variable of the desktop's out of the environment; fontconfig may then miss
+// one of its own, at worst, and looks where it looks without it.
+std::future<FcBool> StartReadingFonts() {
+  return std::async(std::launch::async | std::launch::deferred, FcInit);
+}
 
 // The running program, which may be handed the path, has a working folder of its own.
 std::string PackagePath(const std::string& argument) {
@@ -107,7 +119,12 @@ int main(int argc, char** argv) {
   hollin::IgnoreFileSizeSignal();
   hollin::IgnoreBrokenPipeSignal();  // as of an X server that goes
   hollin::StartRequest request = hollin::ReadStartRequest();
+  std::setlocale(LC_ALL, "");  // as Qt will, but before numbers of the fonts' files are read by it
+  mallopt(M_ARENA_MAX, 1);     // else what that thread frees stays in a heap of its own
+  // While the display answers: one after the other, the first picture would come a tenth later.
+  const std::future<FcBool> fonts = hollin::StartReadingFonts();
   const QApplication application(argc, argv);
+  fonts.wait();
   hollin::NameProgram();
   QApplication::setQuitOnLastWindowClosed(false);  // the delegate decides
   if (argc > 1) request.package = hollin::PackagePath(argv[1]);

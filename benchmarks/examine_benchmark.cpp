@@ -2,9 +2,7 @@
 // Opening and examining a package, against its passes done bare: read the file, sum its regions,
 // write them out, read them back, compare. (An A1 updater sums nothing while it loads.) The goals:
 // no more than these passes; memory that grows by at most 2.0 times the image and 2 MiB.
-#include <fcntl.h>
 #include <malloc.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -15,6 +13,7 @@
 #include <string>
 
 #include "base/bytes.h"
+#include "benchmarks/floors/bare_passes.h"
 #include "benchmarks/stopwatch.h"
 #include "package/dat_file_examine.h"
 #include "package/package_writer.h"
@@ -61,42 +60,14 @@ class PackageFile {
   std::string folder = std::filesystem::temp_directory_path() / "hollin-benchmark-XXXXXX";
 };
 
-struct Buffer {
-  std::unique_ptr<uint8_t[]> bytes;
-  size_t size = 0;
-};
-
-Buffer ReadBare(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  struct stat status = {};
-  if (fstat(file, &status) != 0) std::abort();
-  Buffer buffer;
-  buffer.size = static_cast<size_t>(status.st_size);
-  buffer.bytes.reset(new uint8_t[buffer.size]);
-  if (read(file, buffer.bytes.get(), buffer.size) != status.st_size) std::abort();
-  close(file);
-  return buffer;
-}
-
-void WriteBare(const std::string& path, ByteView bytes) {
-  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  if (write(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) std::abort();
-  close(file);
-}
-
-uint32_t SumBare(ByteView bytes) {
-  uint32_t sum = 0;
-  for (const uint8_t byte : bytes) sum += byte;
-  return sum;
-}
-
 void ExamineBare(const PackageFile& package, size_t imageSize) {
-  const Buffer file = ReadBare(package.Path());
-  const ByteView image = ByteView(file.bytes.get(), file.size).last(imageSize);
-  benchmark::DoNotOptimize(SumBare(image));
-  WriteBare(package.Path("image"), image);
-  const Buffer copy = ReadBare(package.Path("image"));
-  if (std::memcmp(copy.bytes.get(), image.data(), imageSize) != 0) std::abort();
+  size_t size = 0;
+  const auto file = floors::Read(package.Path().c_str(), size);
+  const uint8_t* const image = file.get() + (size - imageSize);
+  benchmark::DoNotOptimize(floors::SumOfBytes(image, imageSize));
+  floors::Write(package.Path("image").c_str(), image, imageSize);
+  const auto copy = floors::Read(package.Path("image").c_str(), size);
+  if (std::memcmp(copy.get(), image, imageSize) != 0) std::abort();
 }
 
 void Examine(const PackageFile& package) {

@@ -31,8 +31,9 @@ def programs(kind, size):
 
 
 def least(kind, size):
-    """The smaller of two runs of each: nothing but the machine makes one of them take longer."""
-    return [min(column) for column in zip(*tools.pairs(2, *programs(kind, size)))]
+    """The smallest of three runs of each: nothing but the machine makes one of them take longer."""
+    touch = lambda: tools.touch_memory(3 * size + 64 * MIB)  # the package, its image and the temporary file
+    return [min(column) for column in zip(*tools.pairs(3, *programs(kind, size), before=touch))]
 
 
 def starts(kind):
@@ -40,13 +41,10 @@ def starts(kind):
     return [statistics.median(column) for column in zip(*tools.pairs(9, *programs(kind, 2 * 0x10000)))]
 
 
-def rounds(kind, *sizes, count=9):
+def rounds(kind, *sizes, count=7):
     """Both programs with every size in turn, their starts taken off; a list of rounds for each size."""
     own, floor = starts(kind)
-    found = []
-    for _ in range(count):
-        tools.touch_memory(3 * max(sizes) + 64 * MIB)  # the package, its image and the temporary file
-        found.append([least(kind, size) for size in sizes])
+    found = [[least(kind, size) for size in sizes] for _ in range(count)]
     return [[(a - own, b - floor) for a, b in column] for column in zip(*found)]
 
 

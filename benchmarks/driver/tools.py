@@ -82,20 +82,24 @@ def touch_memory(size):
     what this one ever had would count as the peak of every program that it starts."""
     child = os.fork()
     if child == 0:
+        code = 1
         try:
             memory = mmap.mmap(-1, size, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS)
             with contextlib.suppress(OSError):  # of kernels without
                 memory.madvise(mmap.MADV_HUGEPAGE)
             memory[::mmap.PAGESIZE] = bytes(size // mmap.PAGESIZE)
+            code = 0
         finally:
-            os._exit(0)
-    os.waitpid(child, 0)
+            os._exit(code)
+    if os.waitpid(child, 0)[1] != 0:
+        raise RuntimeError(f"{size // 2**20} MiB of memory could not be had")
 
 
-def pairs(count, measure, floor):
+def pairs(count, measure, floor, before=lambda: None):
     """Both in turn, each first every other time."""
     results = []
     for number in range(count):
+        before()
         if number % 2:
             second = floor()
             results.append((measure(), second))

@@ -6,6 +6,7 @@ import os
 import platform
 import sys
 import time
+import traceback
 from pathlib import Path
 
 sys.path[:0] = [str(Path(__file__).resolve().parents[1] / "floors")]
@@ -15,7 +16,7 @@ import rate  # noqa: E402,F401
 import tools  # noqa: E402
 import updates  # noqa: E402,F401
 import windows  # noqa: E402,F401
-from table import ROWS, as_markdown, as_text  # noqa: E402
+from table import ROWS, Line, as_markdown, as_text  # noqa: E402
 
 DOCUMENT = tools.ROOT / "docs/performance.md"
 BEGIN, END = "<!-- table -->\n", "<!-- end of table -->\n"
@@ -32,15 +33,21 @@ def machine():
 
 
 def measure(names):
-    lines = []
+    """The lines, and the rows that could not be measured."""
+    lines, failed = [], []
     for name in names:
         begin = time.monotonic()
-        found = ROWS[name]()
+        try:
+            found = ROWS[name]()
+        except Exception as error:  # whatever it is, the other rows are measured
+            traceback.print_exc()
+            found = [Line(name, "–", "–", False, f"it could not be measured: {error!r}")]
+            failed.append(name)
         print(f"bench: {name} ({time.monotonic() - begin:.0f} s)")
         print("".join(f"bench:   {line.what}: {line.figure} ({line.goal}), {line.verdict()}\n" for line in found), end="",
               flush=True)
         lines += found
-    return lines
+    return lines, failed
 
 
 def write(lines, minutes):
@@ -65,11 +72,13 @@ def main():
         parser.error(f"no such row: {', '.join(unknown)}" if unknown else "--write wants every row")
     begin, built = time.monotonic(), set_up_and_built()
     try:
-        lines = measure(arguments.row or ROWS)
+        lines, failed = measure(arguments.row or ROWS)
     finally:
         tools.remove_work()
     minutes = f"{built}measured in {(time.monotonic() - begin) / 60:.1f} minutes"
     print(f"\n{as_text(lines)}\n\n{machine()}; {minutes}")
+    if arguments.write and failed:
+        sys.exit(f"bench: {DOCUMENT} is left as it is, since something could not be measured: {', '.join(failed)}")
     if arguments.write:
         write(lines, minutes)
     return 1 if any(line.met is False for line in lines) else 0

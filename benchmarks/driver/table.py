@@ -24,8 +24,15 @@ def row(function):
     return function
 
 
+def rounded(figure, limit, digits=2):
+    """With more digits where it would look like the limit, and is not."""
+    while float(text := f"{figure:.{digits}f}") == limit != figure:
+        digits += 1
+    return text
+
+
 def at_most(what, figure, limit, unit="", digits=2, note=""):
-    return Line(what, f"≤ {limit:g}{unit}", f"{figure:.{digits}f}{unit}", figure <= limit, note)
+    return Line(what, f"≤ {limit:g}{unit}", rounded(figure, limit, digits) + unit, figure <= limit, note)
 
 
 def as_text(lines):

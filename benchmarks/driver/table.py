@@ -16,7 +16,7 @@ class Line:
     def verdict(self):
         if self.met:
             return "met"
-        return ("not measured" if self.met is None else "missed") + (f": {self.note}" if self.note else "")
+        return "not measured: " + self.note if self.met is None else "missed: " + (self.note or "the reason is not known")
 
 
 def row(function):

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Preloaded into a window program, any one: appends to the file that WINDOW_PROBE names
 //
-//   painted TIME        when the X server has taken the first picture of a window
-//   busy TIME LENGTH    each time the main thread comes back to its event loop after more than a
-//                       millisecond
+//   painted TIME WAITED   when the X server has taken the first picture of a window, and how long
+//                         the thread has waited for a processor until then, less what other threads
+//                         of the program ran; below 0 where they ran longer
+//   busy TIME LENGTH      each time the main thread comes back to its event loop after more than a
+//                         millisecond, without the time that it waited for a processor
 //
-// in nanoseconds of CLOCK_MONOTONIC. While the thread could run and other programs had the
-// processors, it is not the program that is slow: that is taken off the time of "painted" and off
-// LENGTH. Nothing else of the program changes.
+// in nanoseconds, TIME of CLOCK_MONOTONIC. Nothing else of the program changes.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -28,11 +28,13 @@ constexpr int64_t kShortest = 1'000'000;
 int64_t lastReturn = 0;
 bool isPainted = false;
 
-int64_t Now() {
+int64_t TimeOf(clockid_t clock) {
   timespec time = {};
-  clock_gettime(CLOCK_MONOTONIC, &time);
+  clock_gettime(clock, &time);
   return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
+
+int64_t Now() { return TimeOf(CLOCK_MONOTONIC); }
 
 // How long this thread has waited for a processor so far.
 int64_t Waited() {
@@ -42,6 +44,10 @@ int64_t Waited() {
   long long waited = 0;
   if (pread(file, text, sizeof text - 1, 0) > 0) std::sscanf(text, "%lld %lld", &run, &waited);
   return waited;
+}
+
+int64_t OfOtherThreads() {
+  return TimeOf(CLOCK_PROCESS_CPUTIME_ID) - TimeOf(CLOCK_THREAD_CPUTIME_ID);
 }
 
 // Time that goes by for this thread.
@@ -87,7 +93,7 @@ xcb_void_cookie_t xcb_shm_put_image(xcb_connection_t* connection, xcb_drawable_t
            sourceHeight, x, y, depth, format, sendEvent, segment, offset);
   if (!std::exchange(isPainted, true)) {
     AwaitServer(connection);
-    Tell("painted", OwnTime(), 0);
+    Tell("painted", Now(), Waited() - OfOtherThreads());
   }
   return cookie;
 }

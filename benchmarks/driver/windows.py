@@ -28,7 +28,9 @@ class Window:
         return [(int(time) / 1e9, int(length) / 1e9) for _, time, length in lines]
 
     def painted(self):
-        return tools.await_true(lambda: self.told("painted"), "the first picture")[0][0] - self.told("begun")[0][0]
+        """Seconds from the start, less those in which others had the processor, as far as no thread of its own can have had it."""
+        (end, waited), (begin, before) = tools.await_true(lambda: self.told("painted"), "the first picture")[0], self.told("begun")[0]
+        return end - begin - max(0, waited - before)
 
     def proc(self, pattern):
         return [path.read_text() for path in Path(f"/proc/{self.process.pid}").glob(pattern)]
@@ -51,17 +53,16 @@ class Window:
             time.sleep(1)
 
 
-def own_nanoseconds():
-    """As the probe tells them: less the time that this thread, from its making, has waited for a processor."""
-    waited = int(Path("/proc/thread-self/schedstat").read_text().split()[1])
-    return time.monotonic_ns() - waited
+def nanoseconds_waited():
+    """By this thread, from its making, for a processor."""
+    return int(Path("/proc/thread-self/schedstat").read_text().split()[1])
 
 
 @contextlib.contextmanager
 def started(program, env, *arguments, keyboard=tools.QUICK):
     probe = tools.work() / f"probe{next(serial)}"
     own = {"LD_PRELOAD": f"{tools.OWN}/libhollin_window_probe.so", "WINDOW_PROBE": str(probe)} | keyboard
-    begun = lambda: probe.write_text(f"begun {own_nanoseconds()} 0\n")
+    begun = lambda: probe.write_text(f"begun {time.monotonic_ns()} {nanoseconds_waited()}\n")
     with tools.background(program, *arguments, env=env | own, at_start=begun) as process:
         yield Window(process, probe)
 

@@ -96,16 +96,23 @@ def start_memory():
     return [at_most("peak memory after start, over an empty window", tools.median_ratio(results), 1.20)]
 
 
+def in_user_namespace():
+    """As the program looks whether the kernel will tell it of devices."""
+    return Path("/proc/self/ns/user").readlink() != Path("user:[4026531837]")
+
+
 @row
 def idle():
+    what, goal = "idle for 5 s with a package loaded: context switches, CPU", "0, 0 ms"
+    if in_user_namespace():
+        return [Line(what, goal, "–", None, "wants root: in a user's namespace the kernel tells of no devices, and the window has to look")]
     package = packages.write("idle", packages.a1(packages.MIB))
     with tools.desktop() as env, started(tools.WINDOW, env, package) as window:
         window.settle()
         before = window.spent()
         time.sleep(5)
         switches, cpu = (after - start for after, start in zip(window.spent(), before))
-    return [Line("idle for 5 s with a package loaded: context switches, CPU", "0, 0 ms", f"{switches}, {cpu / 1e6:.2f} ms",
-                 switches == 0 and cpu == 0)]
+    return [Line(what, goal, f"{switches}, {cpu / 1e6:.2f} ms", switches == 0 and cpu == 0)]
 
 
 def is_shown(title, env):

@@ -4,10 +4,10 @@
 //
 //   hollin_update_growth LARGE SMALL
 //
-// prints a line a round, with three times of the processor in nanoseconds: an update with the large
-// package; as many with the small one as give as many bytes; and one with the large package whose
-// image is the memory of a small one over and over, so that the caches hold it. Everything has run
-// once before, so that nothing is touched for the first time.
+// prints a line a round, with three times of the processor in nanoseconds, each for as many updates
+// as give 64 MiB: with the large package; with the small one; and with the large one whose image is
+// the memory of a small one over and over, so that the caches hold it. Everything has run once
+// before, so that nothing is touched for the first time.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -25,6 +25,7 @@ namespace hollin {
 namespace {
 
 constexpr int kRounds = 5;
+constexpr size_t kBytes = 64 << 20;  // of images in each time; a multiple of every image's
 
 void Require(bool succeeded) {
   if (!succeeded) std::abort();
@@ -42,8 +43,9 @@ void Update(DatFileExamine& datFile) {
   Require(datFile.EndUpdate(true));
 }
 
-// In an updater's image's stead: `size` bytes of zeros, a multiple of `period`, which are the same
-// `period` bytes of memory again and again. Given back in the end.
+// Stands in for an updater's image: `size` bytes of zeros, a multiple of `period`, which are the
+// same `period` bytes of memory again and again. They lie in small pages, which if anything cost
+// more than those of the own image, which is put back in the end.
 class RepeatedImage {
  public:
   RepeatedImage(AXUpdate& updater, size_t size, size_t period)
@@ -72,9 +74,9 @@ class RepeatedImage {
 };
 
 template <typename Work>
-double NanosecondsOf(int64_t count, const Work& work) {
+double NanosecondsOf(size_t count, const Work& work) {
   const double seconds = SecondsOf<ProcessorClock>([&] {
-    for (int64_t i = 0; i < count; i++) work();
+    for (size_t i = 0; i < count; i++) work();
   });
   return seconds * 1e9;
 }
@@ -88,12 +90,12 @@ void Measure(const char* largePath, const char* smallPath) {
   Open(cached, largePath);
   const auto size = static_cast<size_t>(large.Update1->imageLength);
   const auto period = static_cast<size_t>(small.Update1->imageLength);
+  Require(kBytes % size == 0 && size % period == 0);
   const RepeatedImage repeated(*cached.Update1, size, period);
-  const auto count = static_cast<int64_t>(size / period);
   for (int round = 0; round <= kRounds; round++) {
-    const double ofLarge = NanosecondsOf(1, [&] { Update(large); });
-    const double ofSmall = NanosecondsOf(count, [&] { Update(small); });
-    const double ofCached = NanosecondsOf(1, [&] { Update(cached); });
+    const double ofLarge = NanosecondsOf(kBytes / size, [&] { Update(large); });
+    const double ofSmall = NanosecondsOf(kBytes / period, [&] { Update(small); });
+    const double ofCached = NanosecondsOf(kBytes / size, [&] { Update(cached); });
     if (round > 0) std::printf("%.0f %.0f %.0f\n", ofLarge, ofSmall, ofCached);
   }
 }
